@@ -337,6 +337,29 @@ ${valid_user_names}'
     [[ $stderr != *"is secret"* ]]
 }
 
+@test "of a private value in a target that everybody may read, for want of a mode, a warning tells" {
+    local warning
+    mkdir etc/values.d
+    (umask 077 && echo word >etc/values.d/pw)
+    echo 'LOGIN=user:${pw}' >>zet.conf
+    add_target three.conf $'${login}\n'
+    warning="zet-client: warning: $HOST/templates/targets.toml:$(grep -n three templates/targets.toml | cut -d: -f1 | head -n 1): not everybody may read the value of \${pw}, but everybody may read $HOST/out/three.conf, into which [three.conf] brings it (give it mode = \"0600\" and secret = true)"
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"$warning"$'\n'* ]]
+    chmod 644 etc/values.d/pw
+    run_zet check-config
+    [[ $stderr != *"not everybody"* ]]
+    chmod 600 etc/values.d/pw
+    echo 'mode = "0600"' >>templates/targets.toml
+    run_zet check-config
+    [[ $stderr != *"not everybody"* ]]
+    sed -i '$d' templates/targets.toml
+    chmod 640 templates/three.conf
+    run_zet check-config
+    [[ $stderr != *"not everybody"* ]]
+}
+
 @test "the document has the place, the problem and the remedy apart" {
     echo ' ${nope}' >templates/one.conf
     chmod 757 out
