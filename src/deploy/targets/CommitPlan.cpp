@@ -247,7 +247,8 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
-        GiveTo(NewOwnerOf(planned.target, planned.path, planned.before), planned.after);
+        GiveTo(NewOwnerOf(m_product.HostPaths(), planned.target, planned.path, planned.before),
+               planned.after);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
