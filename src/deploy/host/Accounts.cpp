@@ -4,7 +4,9 @@
 #include <pwd.h>
 
 #include <charconv>
+#include <cstddef>
 #include <sstream>
+#include <system_error>
 #include <vector>
 
 #include "deploy/host/FileState.h"
