@@ -191,11 +191,13 @@ class TemplateChecker {
                         break;
                     Add(expansion.Column(),
                         Words("placeholder %s has no value", Quoted(expansion.Placeholder())),
-                        _("use one that \"values\" lists, or correct its name"), expansion.Placeholder());
+                        _("use one that \"values\" lists, correct its name, or write $NAME for another "
+                          "program"),
+                        expansion.Placeholder());
                     break;
                 case Verdict::NoEnd:
                     return Add(expansion.Column(), _("\"${\" has no \"}\" after it in its line"),
-                               _("close the placeholder, or begin the line with #"));
+                               _("close the placeholder, take \"${\" out, or begin the line with #"));
                 case Verdict::Endless:
                     return Add(
                         expansion.Column(),

@@ -56,12 +56,12 @@ assert_problems() {
 		# --ZET_TEMPLATE_COMMENT--
 	END
     local file=$HOST/templates/one.conf
-    assert_problems "$file:2:16: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
-$file:2:32: placeholder \"\${Realm}\" has no value (use one that \"values\" lists, or correct its name)
-$file:3:6: \"\${\" has no \"}\" after it in its line (close the placeholder, or begin the line with #)
+    assert_problems "$file:2:16: placeholder \"\${nope}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
+$file:2:32: placeholder \"\${Realm}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
+$file:3:6: \"\${\" has no \"}\" after it in its line (close the placeholder, take \"\${\" out, or begin the line with #)
 $file:5:1: \"# ---ZET_BEGIN---\" inside a region that line 4 opened (end that region before this line)
 $file:7:1: \"# ----ZET_END----\" ends no region (add its begin, or take the line out)
-$file:10:13: \"\${\" has no \"}\" after it in its line (close the placeholder, or begin the line with #)
+$file:10:13: \"\${\" has no \"}\" after it in its line (close the placeholder, take \"\${\" out, or begin the line with #)
 $file:11:1: \"# --ZET_CONFIG_COMMENT--\" inside a region that line 8 opened (end that region before this line)
 $file:13:1: \"# --ZET_TEMPLATE_COMMENT--\" has no end (add a line \"# --ZET_COMMENT_END--\")"
 }
@@ -93,7 +93,7 @@ $file:13:1: \"# --ZET_TEMPLATE_COMMENT--\" has no end (add a line \"# --ZET_COMM
 @test "the working copy is checked where there is one" {
     zet template install one.conf
     echo '${nope}' >etc/one.conf
-    assert_problems "$HOST/etc/one.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)"
+    assert_problems "$HOST/etc/one.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
 }
 
 @test "problems of several templates and targets are told in one go" {
@@ -101,8 +101,8 @@ $file:13:1: \"# --ZET_TEMPLATE_COMMENT--\" has no end (add a line \"# --ZET_COMM
     add_target two.conf $'${b}\n'
     mkdir out/two.conf
     list_target three.conf "$HOST/nowhere/three.conf"
-    assert_problems "$HOST/templates/one.conf:1:1: placeholder \"\${a}\" has no value (use one that \"values\" lists, or correct its name)
-$HOST/templates/two.conf:1:1: placeholder \"\${b}\" has no value (use one that \"values\" lists, or correct its name)
+    assert_problems "$HOST/templates/one.conf:1:1: placeholder \"\${a}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
+$HOST/templates/two.conf:1:1: placeholder \"\${b}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
 $HOST/out/two.conf: is no regular file (move it away, or correct the target)
 $HOST/templates/three.conf: the template is missing (install it there, or correct its name in the list)
 $HOST/nowhere: the directory of $HOST/nowhere/three.conf cannot be used: No such file or directory (create it, or correct the target in the list)"
@@ -337,13 +337,36 @@ ${valid_user_names}'
     [[ $stderr != *"is secret"* ]]
 }
 
+@test "of a private value in a target that everybody may read, for want of a mode, a warning tells" {
+    local warning
+    mkdir etc/values.d
+    (umask 077 && echo word >etc/values.d/pw)
+    echo 'LOGIN=user:${pw}' >>zet.conf
+    add_target three.conf $'${login}\n'
+    warning="zet-client: warning: $HOST/templates/targets.toml:$(grep -n three templates/targets.toml | cut -d: -f1 | head -n 1): not everybody may read the value of \${pw}, but everybody may read $HOST/out/three.conf, into which [three.conf] brings it (give it mode = \"0600\" and secret = true)"
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"$warning"$'\n'* ]]
+    chmod 644 etc/values.d/pw
+    run_zet check-config
+    [[ $stderr != *"not everybody"* ]]
+    chmod 600 etc/values.d/pw
+    echo 'mode = "0600"' >>templates/targets.toml
+    run_zet check-config
+    [[ $stderr != *"not everybody"* ]]
+    sed -i '$d' templates/targets.toml
+    chmod 640 templates/three.conf
+    run_zet check-config
+    [[ $stderr != *"not everybody"* ]]
+}
+
 @test "the document has the place, the problem and the remedy apart" {
     echo ' ${nope}' >templates/one.conf
     chmod 757 out
     run_zet --json check-config
     assert_status 1
     assert_stderr ""
-    assert_json 'd["problems"][0]' "$(printf '{"file": "%s", "line": 1, "column": 2, "problem": "placeholder \\"${nope}\\" has no value", "remedy": "use one that \\"values\\" lists, or correct its name", "output": null}' "$HOST/templates/one.conf")"
+    assert_json 'd["problems"][0]' "$(printf '{"file": "%s", "line": 1, "column": 2, "problem": "placeholder \\"${nope}\\" has no value", "remedy": "use one that \\"values\\" lists, correct its name, or write $NAME for another program", "output": null}' "$HOST/templates/one.conf")"
     assert_json '[d["problems"][1][x] for x in ("file", "line", "column", "remedy")], d["exit_status"], d["command"]' \
         "[[\"$HOST/out\", null, null, \"chmod o-w it\"], 1, \"check-config\"]"
     chmod 755 out

@@ -184,7 +184,7 @@ zet-client: error: $HOST/out/one.conf: its state cannot be told: $HOST/out/one.c
     assert_refusal 1 "$HOST/templates/targets.toml:7:1: unknown key \"unknown\" (use target, roles, when, check, check_timeout, restart, reload, secret, notice, trust, mode, owner or enabled)
 zet-client: error: $HOST/etc: the directory of the templates' working copies cannot be used: No such file or directory (create it, or correct ZET_CFG_DIR)
 zet-client: error: $HOST/out/one.conf: is no regular file (move it away, or correct the target)
-zet-client: error: $HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
+zet-client: error: $HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
 zet-client: nothing was changed"
     assert_unchanged_but_staging
 }

@@ -115,9 +115,9 @@ REALM=NEW
     run_zet option set -n REALM ''
     assert_refusal 1 "$broken REALM is empty, so that \${realm} has no value (give it a value)"
     run_zet option set REALM '${x}'
-    assert_refusal 1 "$broken $HOST/templates/a:2:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, or correct its name)"
+    assert_refusal 1 "$broken $HOST/templates/a:2:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
     run_zet option set SITE '${x}'
-    assert_refusal 1 "$broken $HOST/templates/a:3:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, or correct its name)"
+    assert_refusal 1 "$broken $HOST/templates/a:3:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
     run_zet option set REALM '${realm}'
     assert_status 1
     assert_host_unchanged
@@ -129,6 +129,40 @@ REALM=NEW
     # What was wrong before is no fault of the value.
     printf 'd = ${missing}\n' >>templates/a
     zet -q option set BANNER 'see ${missing}'
+}
+
+@test "set refuses a value after which no commit works" {
+    local broken="the option would break the configuration file:"
+    mkdir -p etc templates
+    printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" PW=first PLAIN=x >>zet.conf
+    printf '[templates."a"]\ntarget = "%s/a"\nroles = "both"\nwhen = "BACKUP=yes"\n' "$HOST" >templates/targets.toml
+    printf '[templates."b"]\ntarget = "%s/b"\nroles = "both"\n' "$HOST" >>templates/targets.toml
+    printf '[[edits]]\nfile = "%s/c"\nparam = "a"\nvalue = "1${plain}"\n' "$HOST" >>templates/targets.toml
+    printf 'k=${pw}\n' >templates/a
+    printf '${pw}\n' >templates/b
+    echo a=1 >c
+    zet -q option set BACKUP yes
+    remember_host
+    # refused NAME VALUE MESSAGE
+    refused() {
+        run_zet option set "$1" "$2"
+        assert_refusal 1 "$broken $3"
+    }
+    refused PW 'x${realm' "$HOST/templates/a:1:3: \"\${\" has no \"}\" after it in its line (close the placeholder, take \"\${\" out, or begin the line with #)"
+    refused PW '# ---ZET_BEGIN---' "$HOST/templates/b:1:1: a value makes this line begin with \"# ---ZET_BEGIN---\", which marks lines of the system itself (give the placeholder another value)"
+    refused PW '#!/bin/sh' "$HOST/templates/b:1:1: the programs that read the file need this line as its first, and the notice comes before it (say notice = false in its entry of the list)"
+    refused PW $'a\r' "the value of PW ends with a carriage return (give it without)"
+    refused REALM $'A\r' "the value of REALM ends with a carriage return (give it without)"
+    refused PW '"a" # b' "the value of PW is in quotes with a comment behind, and has both as parts of it (write the bare value alone behind \"=\")"
+    refused BACKUP yse "when asks whether BACKUP is yes or no, and its value is neither (write yes or no)"
+    refused BACKUP '${nope}' "when asks for the value of BACKUP, in which a placeholder has no value or no end (correct it)"
+    run_zet option set PLAIN '${nope'
+    assert_status 1
+    [[ $stderr == *"$HOST/templates/targets.toml"*"\"\${\" has no \"}\""* ]]
+    assert_files_unchanged
+    zet -q option set PW 'x--y'
+    zet -q option set BACKUP false
+    zet -q check-config
 }
 
 @test "set refuses a language that the host does not have, and takes an empty one for C" {

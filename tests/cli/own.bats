@@ -90,6 +90,22 @@ $HOST/etc/values.d/realm: \${realm} is made of the product's parameter REALM (gi
 zet-client: no problems found"
 }
 
+@test "a value that ends with a carriage return is a problem, wherever it stands" {
+    printf 'one\r\ntwo\r\n' >etc/values.d/extra
+    printf 'NTP_SERVER=x\r\n' >templates/values.conf
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/values.d/extra: the value of \${extra} ends with a carriage return (save the file with plain line feeds)
+$HOST/templates/values.conf:1: the value of \${ntp_server} ends with a carriage return (save the file with plain line feeds)"
+    run_zet commit-config
+    assert_status 1
+    assert_absent out/one.conf
+    # The line of the main file counts, and the text is for a file whose lines end so.
+    echo NTP_SERVER=y >>zet.conf
+    printf 'one\r\ntwo' >etc/values.d/extra
+    zet -q commit-config
+}
+
 @test "a list of one's own adds, changes and disables" {
     add_target two.conf $'two\n'
     printf 'own\n' >etc/own.conf
@@ -215,6 +231,152 @@ when = \"SERVICE_DISCOVERY=no\""
     assert_output "$HOST/etc/targets.d/10.toml:4:8: 'off' is no value for SERVICE_DISCOVERY and counts as no (write yes or no)"
 }
 
+# own_choice CONDITION LINE: own.conf is made under the condition, and the main file has the line, as its sixth.
+own_choice() {
+    echo own >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+when = \"$1\""
+    echo "$2" >>zet.conf
+    zet -q commit-config || true
+}
+
+# choose VALUE: what the sixth line gives from now on.
+choose() {
+    sed -i "6s/=.*/=$1/" zet.conf
+}
+
+@test "when compares a yes or no of one's own by its meaning, and another word is a problem" {
+    local value problem="$HOST/zet.conf:6: when asks whether BACKUP is yes or no, and its value is neither (write yes or no)"
+    own_choice BACKUP=yes BACKUP=yes
+    for value in true 1; do
+        choose "$value"
+        run_zet commit-config -n
+        assert_success "2 unchanged"
+    done
+    for value in no false 0 ''; do
+        choose "$value"
+        run_zet check-config
+        assert_status 0
+        assert_stderr "zet-client: no problems found"
+        run_zet commit-config -n
+        assert_status 3
+        assert_stderr ""
+        [[ $output == *"own.conf: would be removed"* ]]
+    done
+    for value in yse on Yes 'yes ' 2; do
+        choose "$value"
+        run_zet check-config
+        assert_status 1
+        assert_output "$problem"
+        run_zet commit-config
+        assert_refusal 1 "$problem
+zet-client: nothing was changed"
+    done
+    run_zet commit-config -n --set BACKUP=on
+    assert_refusal 1 "--set: when asks whether BACKUP is yes or no, and its value is neither (write yes or no)
+zet-client: nothing was changed"
+    run_zet commit-config one.conf
+    assert_status 0
+    test -e out/own.conf
+}
+
+@test "a value that no condition names is told, and one that is likely mistyped is a problem" {
+    local value warning
+    own_choice IDENTITY=sssd IDENTITY=sssd
+    printf '[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "IDENTITY=nslcd"\noptional = true\n' >>etc/targets.d/10.toml
+    for value in SSSD 'sssd '; do
+        choose "$value"
+        run_zet check-config
+        assert_status 1
+        assert_output "$HOST/zet.conf:6: the value of IDENTITY is none that when asks for: nslcd, sssd (did you mean sssd?)"
+        run_zet commit-config
+        assert_status 1
+        test -e out/own.conf
+    done
+    choose ldap
+    warning="zet-client: warning: $HOST/zet.conf:6: the value of IDENTITY is none that when asks for: nslcd, sssd (correct it; or, if nothing is to be in force for it, name it in the when of an entry with enabled = false)"
+    run_zet check-config
+    assert_status 0
+    assert_stderr "$warning
+zet-client: no problems found"
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "$warning"
+    assert_absent out/own.conf
+    printf '[templates."none"]\nwhen = "IDENTITY=ldap"\nenabled = false\n' >>etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    assert_stderr "zet-client: no problems found"
+    run_zet commit-config
+    assert_success "1 unchanged"
+}
+
+@test "a value of several lines that no condition names is told with its file" {
+    own_choice MODE=on OTHER=
+    printf 'on\n\n' >etc/values.d/mode
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/values.d/mode: the value of MODE is none that when asks for: on (did you mean on?)"
+}
+
+@test "a condition for no value, or for a number, asks for no yes or no" {
+    own_choice PROXY= PROXY=http://proxy
+    run_zet check-config
+    assert_stderr "zet-client: no problems found"
+    sed -i 's/^when.*/when = "PROXY=1"/' etc/targets.d/10.toml
+    choose 3
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"warning: $HOST/zet.conf:6: the value of PROXY is none that when asks for: 1 ("* ]]
+    choose true
+    run_zet check-config
+    assert_stderr "zet-client: no problems found"
+}
+
+@test "a commit that takes something back tells of a parameter that nobody gives" {
+    own_choice SITE=berlin SITE=berlin
+    sed -i '6d' zet.conf
+    run_zet commit-config -n
+    assert_status 3
+    assert_stderr "zet-client: warning: $HOST/etc/targets.d/10.toml:4: when asks for the parameter SITE, which nobody gives (correct its name, or give it a value, which may be empty)"
+    run_zet -q commit-config
+    assert_absent out/own.conf
+    run_zet commit-config
+    assert_success "1 unchanged"
+}
+
+@test "when asks for the value that templates get, placeholders replaced" {
+    own_choice 'BACKUP=yes' 'BACKUP=${site_backup}'
+    test ! -e out/own.conf
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/zet.conf:6: when asks for the value of BACKUP, in which a placeholder has no value or no end (correct it)"
+    echo SITE_BACKUP=yes >>zet.conf
+    run_zet check-config
+    assert_status 0
+    assert_stderr "zet-client: no problems found"
+    zet -q commit-config
+    test -e out/own.conf
+    echo '${site_backup}' >etc/values.d/backup
+    sed -i 6d zet.conf
+    run_zet commit-config -n
+    assert_success "2 unchanged"
+    run_zet commit-config -n --set SITE_BACKUP=no
+    assert_status 3
+    [[ $output == *"own.conf: would be removed"* ]]
+    echo '${site_backup' >etc/values.d/backup
+    run_zet commit-config
+    assert_refusal 1 "$HOST/etc/values.d/backup: when asks for the value of BACKUP, in which a placeholder has no value or no end (correct it)
+zet-client: nothing was changed"
+    sed -i 's/^when.*/when = "REALM=EXAMPLE.ORG"/' etc/targets.d/10.toml
+    rm etc/values.d/backup
+    run_zet commit-config -n --set 'REALM=${capitals}' --set CAPITALS=EXAMPLE.ORG
+    assert_status 0
+    assert_output "2 unchanged"
+}
+
 @test "a parameter that only a condition knows is a problem where it is much like another, and else a warning" {
     echo IDENTITY=sssd >>templates/values.conf
     own_list $'[templates."one.conf"]\nwhen = "IDENTTY=sssd"\n[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "SITE=berlin"\noptional = true'
@@ -222,6 +384,9 @@ when = \"SERVICE_DISCOVERY=no\""
     assert_status 1
     assert_output "$HOST/etc/targets.d/10.toml:2: when asks for the parameter IDENTTY, which nobody gives (did you mean IDENTITY?)"
     [[ $stderr == *"warning: $HOST/etc/targets.d/10.toml:7: when asks for the parameter SITE, which nobody gives (correct its name, or give it a value, which may be empty)"* ]]
+    run_zet commit-config
+    assert_refusal 1 "$HOST/etc/targets.d/10.toml:2: when asks for the parameter IDENTTY, which nobody gives (did you mean IDENTITY?)
+zet-client: nothing was changed"
     printf 'IDENTTY=x\nSITE=\n' >etc/defaults.d/10.conf
     run_zet -q check-config
     assert_success ""

@@ -224,7 +224,7 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
     run_zet check-config
     assert_status 1
     assert_stderr ""
-    assert_output "$HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
+    assert_output "$HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
 $HOST/out/four.conf: is no regular file (move it away, or correct the target)
 $HOST/out/one.conf: its check \"own-check\" refuses what [one.conf] renders to, with status 3 (correct the template)
   11:realm = EXAMPLE.ORG

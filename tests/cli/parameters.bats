@@ -125,7 +125,7 @@ $HOST/zet.conf:10:10: 'maybe' is no value for ZET_SYNC and counts as yes (write 
     assert_file tree/etc/zet/zet.conf $'ZET_VAR_LIB_DIR=/var/lib/zet\nZET_CFG_DIR=/etc/zet\n'
 }
 
-@test "a name that nobody knows is a problem of a check where it is much like another, and else a warning" {
+@test "a name that nobody knows is a problem of a check and a commit where it is much like another, and else a warning" {
     local last
     last=$(wc -l <zet.conf)
     printf 'TICKET_MAX_LIVE=8h\nNTP_SERVER=x\n' >>zet.conf
@@ -133,8 +133,16 @@ $HOST/zet.conf:10:10: 'maybe' is no value for ZET_SYNC and counts as yes (write 
     assert_status 1
     assert_output "$HOST/zet.conf:$((last + 1)): nobody knows the parameter TICKET_MAX_LIVE, and nothing uses \${ticket_max_live} (did you mean TICKET_MAX_LIFE?)"
     assert_stderr "zet-client: warning: $HOST/zet.conf:$((last + 2)): nobody knows the parameter NTP_SERVER, and nothing uses \${ntp_server} (correct its name, or remove the line)"
+    run_zet commit-config
+    assert_refusal 1 "$HOST/zet.conf:$((last + 1)): nobody knows the parameter TICKET_MAX_LIVE, and nothing uses \${ticket_max_live} (did you mean TICKET_MAX_LIFE?)
+zet-client: nothing was changed"
     run_zet check-config one.conf
     assert_status 0
+    run_zet commit-config one.conf
+    assert_status 0
+    # A template of the other role alone uses it.
+    printf 'life = ${ticket_max_live}\n' >templates/other.conf
+    printf '[templates."other.conf"]\ntarget = "%s/out/other.conf"\nroles = "server"\n' "$HOST" >>templates/targets.toml
     run_zet commit-config
     assert_status 0
 }

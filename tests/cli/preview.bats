@@ -262,7 +262,7 @@ $(notice two.conf | sed 's/^/+/')
 @test "an assumed value may lead to problems, which are told" {
     run_zet commit-config -n --set 'REALM=${domain} ${nope}'
     assert_status 1
-    assert_stderr "zet-client: error: $HOST/templates/one.conf:1:9: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
+    assert_stderr "zet-client: error: $HOST/templates/one.conf:1:9: placeholder \"\${nope}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
 zet-client: nothing was changed"
     run_zet commit-config -n --set 'REALM=${realm}'
     assert_status 1

@@ -53,7 +53,7 @@ names_in() {
 @test "a template that would be refused is not printed" {
     remember_host
     run_zet template process one.conf -
-    assert_refusal 1 "$HOST/templates/one.conf:2:9: placeholder \"\${extra}\" has no value (use one that \"values\" lists, or correct its name)"
+    assert_refusal 1 "$HOST/templates/one.conf:2:9: placeholder \"\${extra}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
     run_zet --json template process one.conf -
     assert_json 'd["text"], len(d["problems"])' '[null, 1]'
     run_zet template process missing -

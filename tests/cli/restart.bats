@@ -83,3 +83,11 @@ to be run: own -c
     assert_status 3
     [[ $output == *$'would have to be reloaded: quick\nwould have to be run: own -c'* ]]
 }
+
+@test "a command is printed with the quotes that a shell needs" {
+    add_target three.conf $'server = ${server}\n' "reload = [[\"sh\", \"-c\", 'echo \"hi \$x\"']]"
+    run_zet commit-config three.conf
+    assert_success "$HOST/out/three.conf: created, mode 0644, owner $(id -u):$(id -g)
+to be run: sh -c 'echo \"hi \$x\"'
+1 created"
+}

@@ -327,3 +327,39 @@ zet-client: nothing was changed"
     run_in_moved status
     assert_status 0
 }
+
+# assert_problem_in_tree TEXT: a check prints just this problem of the list.
+assert_problem_in_tree() {
+    run_in_tree check-config
+    assert_status 1
+    assert_output "$TREE/$1"
+}
+
+@test "owner and trust are looked up among the users of the tree, if it has some" {
+    need_root
+    local shipped=tree/usr/share/zet/templates
+    mkdir -p tree/srv/svc
+    chown 4242:4243 tree/srv/svc
+    echo 'realm = ${realm}' >$shipped/two.conf
+    list two.conf /srv/svc/two.conf
+    printf 'trust = "svc"\nowner = "svc:mail"\n' >>$shipped/targets.toml
+    assert_problem_in_tree "srv/svc/two.conf: this host has no user \"svc\", whom its entry trusts (correct trust in the list, or make the user)
+$TREE/usr/share/zet/templates/targets.toml:4: this host has no user \"svc\", to whom the file is to belong (correct owner, or make the user)"
+    printf 'root:x:0:0::/root:/bin/sh\nsvc:x:4242:4243::/:/bin/sh\nhalf:x:1\n' >tree/etc/passwd
+    printf 'root:x:0:\n' >tree/etc/group
+    assert_problem_in_tree "usr/share/zet/templates/targets.toml:4: this host has no group \"mail\", to whom the file is to belong (correct owner, or make the group)"
+    echo 'mail:x:4244:svc' >>tree/etc/group
+    run_in_tree -q commit-config
+    assert_status 0
+    assert_equal "$(stat -c %u:%g tree/srv/svc/two.conf)" 4242:4244
+    run_in_tree -q rollback-config
+    sed -i 's/svc:mail/svc/' $shipped/targets.toml
+    run_in_tree -q commit-config
+    assert_equal "$(stat -c %u:%g tree/srv/svc/two.conf)" 4242:4243
+    sed -i 's/owner = "svc"/owner = "half"/' $shipped/targets.toml
+    assert_problem_in_tree "usr/share/zet/templates/targets.toml:4: this host has no user \"half\", to whom the file is to belong (correct owner, or make the user)"
+    rm tree/etc/passwd
+    sed -i 's/"half"/"nobody"/; /^trust/d' $shipped/targets.toml
+    run_in_tree check-config
+    [[ $output != *"has no user"* ]]
+}

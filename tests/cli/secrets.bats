@@ -258,7 +258,7 @@ assert_diff_of_restore() {
     printf '[templates."a"]\ntarget = "%s"\nroles = "both"\nsecret = true\n' "$HOST/t/a" >templates/targets.toml
     run_zet check-config
     assert_status 1
-    assert_output "$HOST/templates/a:1:1: placeholder \"...\" has no value, text not shown: the list of targets calls it secret; --show-secrets shows it (use one that \"values\" lists, or correct its name)"
+    assert_output "$HOST/templates/a:1:1: placeholder \"...\" has no value, text not shown: the list of targets calls it secret; --show-secrets shows it (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
     local command
     for command in check-config commit-config 'template process a x'; do
         run_zet --json $command

@@ -18,9 +18,9 @@ teardown() {
     original one.conf $'old\n'
     remember_host
     run_zet commit-config
-    assert_refusal 1 "$HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
-zet-client: error: $HOST/templates/two.conf:2:1: \"\${\" has no \"}\" after it in its line (close the placeholder, or begin the line with #)
-zet-client: error: $HOST/templates/three.conf:1:1: placeholder \"\${neither}\" has no value (use one that \"values\" lists, or correct its name)
+    assert_refusal 1 "$HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
+zet-client: error: $HOST/templates/two.conf:2:1: \"\${\" has no \"}\" after it in its line (close the placeholder, take \"\${\" out, or begin the line with #)
+zet-client: error: $HOST/templates/three.conf:1:1: placeholder \"\${neither}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)
 zet-client: nothing was changed"
     assert_host_unchanged
 }

@@ -47,12 +47,14 @@ std::vector<std::string> WithEachLineLookedAt(const std::string& text) {
 
 std::string NoValue(const std::string& place, const std::string& placeholder) {
     return "t.conf:" + place + ": placeholder \"" + placeholder +
-           "\" has no value (use one that \"values\" lists, or correct its name)";
+           "\" has no value (use one that \"values\" lists, correct its name, or write $NAME for another "
+           "program)";
 }
 
 std::string NoEnd(const std::string& place) {
     return "t.conf:" + place +
-           ": \"${\" has no \"}\" after it in its line (close the placeholder, or begin the line with #)";
+           ": \"${\" has no \"}\" after it in its line (close the placeholder, take \"${\" out, or begin the "
+           "line with #)";
 }
 
 std::string Endless(const std::string& place, const std::string& placeholder) {

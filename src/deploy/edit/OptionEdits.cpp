@@ -26,7 +26,6 @@
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/UnknownNames.h"
 #include "text/Lines.h"
-#include "text/Placeholders.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -98,18 +97,14 @@ void RequireChangeable(const std::string& name) {
 
 /// Refuses beforehand what a check would say against the line.
 void RequireSoundLine(Deployment& product, const std::string& name, const std::string& value) {
-    if (const auto problem = ProblemOfParam(name, value))
-        FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
+    if (const auto problem = ProblemOfValue(name, value)) FailToSet(Failure(*problem));
     if (const auto problem = product.Values().ProblemOfName(name)) FailToSet(Failure(*problem));
     const UnusedParameters judged = JudgeName(product, name);
     if (!judged.mistyped.empty()) FailToSet(Failure(judged.mistyped.front()));
 }
 
-/// Most values are judged by their kind alone.
 void RequireValueForTemplates(Deployment& product, const std::string& name, const std::string& value) {
-    if (name.starts_with("ZET_") ||
-        (!value.empty() && value.find(Text::kPlaceholderBegin) == std::string::npos))
-        return;
+    if (name.starts_with("ZET_")) return;
     if (const auto problem = ProblemInTemplates(product, name, value)) FailToSet(Failure(*problem));
 }
 

@@ -1,6 +1,5 @@
 #include "deploy/host/Paths.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +7,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "deploy/host/Accounts.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -53,7 +53,7 @@ Paths::Paths(const std::string& root) {
 PathJudge Paths::Judge(const std::string& trusted) const {
     if (trusted.empty()) return m_judge;
     std::vector<uid_t> harmless = m_rootsOwners;
-    if (const struct passwd* const user = getpwnam(trusted.c_str())) harmless.push_back(user->pw_uid);
+    if (const std::optional<User> user = UserNamed(*this, trusted)) harmless.push_back(user->number);
     return PathJudge(std::move(harmless));
 }
 

@@ -8,6 +8,7 @@
 
 #include "deploy/host/Words.h"
 #include "deploy/lists/KeyReader.h"
+#include "text/ShellWord.h"
 
 namespace ZET::Deploy {
 
@@ -100,15 +101,19 @@ class TargetKeys : KeyReader {
         return services;
     }
 
-    /// The command as it is typed. A service is one word, so that blanks tell a command from it.
+    /// The command as it is typed in a shell. A service is one word, so that blanks tell a command from it.
     std::string CommandOf(const Entry& entry) {
         const std::vector<std::string> words = WordsOf(entry, _("write an array of words"));
         std::string command;
+        // Several words in the place of the first were meant to be words of their own.
+        if (!words.empty() && !IsOneWord(words.front()))
+            Problems().Add(entry.ValuePlace(), Words("\"%s\" is no word of a command", words.front()),
+                           _("write each word in quotes of its own"));
         for (const std::string& word : words) {
-            if (!IsOneWord(word))
-                Problems().Add(entry.ValuePlace(), Words("\"%s\" is no word of a command", word),
-                               _("write each word in quotes of its own"));
-            command += (command.empty() ? "" : " ") + word;
+            if (HasEnd(word))
+                Problems().Add(entry.ValuePlace(), Words("%s holds a NUL byte or a line feed", entry.Name()),
+                               _("take it out"));
+            command += (command.empty() ? "" : " ") + Text::ShellWord(word);
         }
         if (words.size() == 1)
             Problems().Add(entry.ValuePlace(), Words("the command \"%s\" could be a service", command),

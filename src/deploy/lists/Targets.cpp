@@ -89,8 +89,7 @@ TargetList ReadTargetList(Host& host) {
     std::optional<ConditionValues> values;
     TargetList list = ReadTargetTexts(texts, [&](const std::string& name) {
         if (!values) values.emplace(host);
-        const std::string* const value = values->Find(name);
-        return value == nullptr ? std::string() : *value;
+        return values->Find(name).value_or(ConditionValue{}).text;
     });
     if (denied) list.problems.push_back(std::move(*denied));
     return list;

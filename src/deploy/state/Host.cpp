@@ -9,6 +9,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ConfFile.h"
+#include "deploy/state/ParameterCheck.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -40,6 +41,10 @@ Host::Host(const std::string& configFile, const Options& options, Observer& obse
 Observer::~Observer() = default;
 
 Host::~Host() = default;
+
+std::optional<std::string> Host::Expanded(const std::string& value) {
+    return ExpandedValue(value, m_values->Own());
+}
 
 void Host::UpdateParam(const std::string& key, const std::string& value) {
     Core().UpdateParam(key, IsOwnDirectory(key) ? FilePath(value) : value);

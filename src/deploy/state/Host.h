@@ -50,6 +50,9 @@ class Host {
     /// The same for a parameter that is yes or no.
     bool Flag(const std::string& key) { return FlagOfParam(key, Param(key)).value_or(false); }
 
+    /// The value as a template expands it; none if a placeholder in it has no value or no end.
+    virtual std::optional<std::string> Expanded(const std::string& value);
+
     /// Gives the core a parameter with the value that it has in the host's files.
     void UpdateParam(const std::string& key, const std::string& value);
 

@@ -7,6 +7,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
+#include "deploy/state/ParameterCheck.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET::Deploy {
@@ -34,6 +35,10 @@ StringMap& HostProduct::TemplateValues() {
         m_templateValues->insert(Values().Own().begin(), Values().Own().end());
     }
     return *m_templateValues;
+}
+
+std::optional<std::string> HostProduct::Expanded(const std::string& value) {
+    return ExpandedValue(value, TemplateValues());
 }
 
 void HostProduct::ForgetValues() {

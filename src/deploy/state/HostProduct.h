@@ -21,6 +21,8 @@ class HostProduct : public Host {
     /// What each placeholder stands for: the module's values, and the host's own.
     StringMap& TemplateValues();
 
+    std::optional<std::string> Expanded(const std::string& value) override;
+
     /// To be called when parameters have changed.
     void ForgetValues();
 

@@ -1,10 +1,10 @@
 #include "deploy/state/ParameterCheck.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "deploy/host/Words.h"
+#include "deploy/state/HostValues.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/LineExpansion.h"
 #include "text/Lines.h"
@@ -23,15 +23,14 @@ bool HasValue(const StringMap& values, const std::string& placeholder) {
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
 }
 
-/// The value as a template expands it; none if no template can.
-std::optional<std::string> Expanded(const std::string& value, const StringMap& values) {
-    std::size_t longestKey = 0;
-    for (const auto& [placeholder, text] : values)
-        longestKey = std::max(longestKey, placeholder.size());
-    Text::LineExpansion line(std::string(Text::kLineGuard) + value, values, longestKey, nullptr);
-    line.Keep(Text::LineExpansion::kLongestLine);
-    if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
-    return line.Expanded().substr(Text::kLineGuard.size());
+bool EndsWithReturn(const std::string& value) {
+    return value.ends_with('\r');
+}
+
+std::optional<Problem> ProblemOfKind(const std::string& name, const std::string& value) {
+    const std::optional<ZETParameterProblem> problem = ProblemOfParam(name, value);
+    if (!problem) return std::nullopt;
+    return Problem{.text = problem->text, .remedy = problem->remedy};
 }
 
 class ValueCheck {
@@ -57,17 +56,10 @@ class ValueCheck {
             if (FindGiven(m_given, parameter.name) != &parameter ||
                 m_core.GetParam(parameter.name) != parameter.value)
                 continue;
-            if (parameter.value.ends_with('\r')) {
-                Add(&parameter, Words("the value of %s ends with a carriage return", parameter.name),
-                    _("save the file with plain line feeds"));
-            } else if (IsQuotedWithComment(parameter.value)) {
-                Add(&parameter,
-                    Words("the value of %s is in quotes with a comment behind, and has both as parts of it",
-                          parameter.name),
-                    _("write the bare value alone behind \"=\""));
-            } else if (const auto problem = ProblemOf(parameter, values)) {
-                Add(&parameter, problem->text, problem->remedy);
-            }
+            const std::optional<Problem> problem = ProblemOf(parameter, values);
+            if (!problem) continue;
+            Add(&parameter, problem->text,
+                EndsWithReturn(parameter.value) ? _("save the file with plain line feeds") : problem->remedy);
         }
     }
 
@@ -75,13 +67,12 @@ class ValueCheck {
 
   private:
     /// A value with placeholders is checked as a template expands it.
-    static std::optional<ZETParameterProblem> ProblemOf(const GivenParameter& parameter,
-                                                        const StringMap& values) {
-        if (auto problem = ProblemOfParam(parameter.name, parameter.value)) return problem;
+    static std::optional<Problem> ProblemOf(const GivenParameter& parameter, const StringMap& values) {
+        if (auto problem = ProblemOfValue(parameter.name, parameter.value)) return problem;
         if (!IsKnownParameter(parameter.name) || parameter.value.find("${") == std::string::npos)
             return std::nullopt;
-        const std::optional<std::string> made = Expanded(parameter.value, values);
-        return made ? ProblemOfParam(parameter.name, *made) : std::nullopt;
+        const std::optional<std::string> made = ExpandedValue(parameter.value, values);
+        return made ? ProblemOfKind(parameter.name, *made) : std::nullopt;
     }
 
     void TellNoValue(const OwnPlaceholder& source) {
@@ -122,6 +113,28 @@ class ValueCheck {
 
 }  // namespace
 
+std::optional<std::string> ExpandedValue(const std::string& value, const StringMap& values) {
+    std::size_t longestKey = 0;
+    for (const auto& [placeholder, text] : values)
+        longestKey = std::max(longestKey, placeholder.size());
+    Text::LineExpansion line(std::string(Text::kLineGuard) + value, values, longestKey, nullptr);
+    line.Keep(Text::LineExpansion::kLongestLine);
+    if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
+    return line.Expanded().substr(Text::kLineGuard.size());
+}
+
+std::optional<Problem> ProblemOfValue(const std::string& name, const std::string& value) {
+    if (EndsWithReturn(value))
+        return Problem{.text = Words("the value of %s ends with a carriage return", name),
+                       .remedy = _("give it without")};
+    if (IsQuotedWithComment(value))
+        return Problem{
+            .text = Words("the value of %s is in quotes with a comment behind, and has both as parts of it",
+                          name),
+            .remedy = _("write the bare value alone behind \"=\"")};
+    return ProblemOfKind(name, value);
+}
+
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
                                           const std::vector<GivenParameter>& defaults,
@@ -130,6 +143,24 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
     check.CheckGiven(values);
     check.CheckUsed(values, used);
     return check.Result();
+}
+
+std::vector<Problem> CheckLineEnds(HostValues& values) {
+    std::set<std::string> checked;
+    for (const auto* given : {&values.GivenByFleet(), &values.GivenByMain(), &values.Assumed()})
+        for (const GivenParameter& parameter : *given)
+            checked.insert(PlaceholderFor(parameter.name));
+    std::vector<Problem> problems;
+    for (const auto& [placeholder, value] : values.Own()) {
+        if (!EndsWithReturn(value) || checked.contains(placeholder)) continue;
+        const auto source = values.SourceOfPlaceholder(placeholder);
+        if (source)
+            problems.push_back({.file = source->file,
+                                .line = source->line,
+                                .text = Words("the value of %s ends with a carriage return", placeholder),
+                                .remedy = _("save the file with plain line feeds")});
+    }
+    return problems;
 }
 
 UnusedParameters FindUnusedParameters(const std::string& file, const std::vector<GivenParameter>& given,

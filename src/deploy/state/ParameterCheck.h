@@ -1,6 +1,7 @@
 #ifndef ZET_PARAMETER_CHECK_H
 #define ZET_PARAMETER_CHECK_H
 
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -13,6 +14,14 @@
 
 namespace ZET::Deploy {
 
+class HostValues;
+
+/// The value as a template expands it, with what placeholders stand for; none if no template can.
+std::optional<std::string> ExpandedValue(const std::string& value, const StringMap& values);
+
+/// What is wrong with the value by itself, without its place; none if all is well.
+std::optional<Problem> ProblemOfValue(const std::string& name, const std::string& value);
+
 /// Finds parameters whose values make files that no program can use: those without a value, if a placeholder
 /// in `used` needs them and has none in `values`, those that hold what was not meant to be part of them, and
 /// those that are not of their kind. The `defaults` come before the main configuration file, and the
@@ -21,6 +30,10 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
                                           const std::set<std::string>& used,
                                           const std::vector<GivenParameter>& defaults = {},
                                           const std::vector<GivenParameter>& assumed = {});
+
+/// Finds values of files, and of the shipped defaults, that end with a carriage return: the lines of the
+/// others are checked as parameters.
+std::vector<Problem> CheckLineEnds(HostValues& values);
 
 /// The parameters among `given` that nobody knows and nothing uses.
 struct UnusedParameters {

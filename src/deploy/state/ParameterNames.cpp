@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
-#include <optional>
 
 #include "zet/ZETHost.h"
 
@@ -53,9 +52,16 @@ std::vector<std::string> NamesOfTheProduct() {
     return names;
 }
 
+std::optional<bool> MeaningOf(const std::string& name, const std::string& value) {
+    // The words that mean yes or no for this parameter mean the same for those of the host's own.
+    constexpr char kAnyFlag[] = "SERVICE_DISCOVERY";
+    if (IsKnownParameter(name)) return FlagOfParam(name, value);
+    return ProblemOfParam(kAnyFlag, value) ? std::nullopt : FlagOfParam(kAnyFlag, value);
+}
+
 bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other) {
-    const std::optional<bool> flag = FlagOfParam(name, one);
-    return flag ? flag == FlagOfParam(name, other) : one == other;
+    const std::optional<bool> meaning = MeaningOf(name, one);
+    return meaning ? meaning == MeaningOf(name, other) : one == other;
 }
 
 std::string PlaceholderFor(const std::string& name) {
@@ -93,6 +99,11 @@ std::string NearestName(const std::string& name, const std::vector<std::string>&
         nearest = candidate;
     }
     return nearest;
+}
+
+std::string LikelyName(const std::string& name, const std::vector<std::string>& names) {
+    constexpr std::size_t kShortest = 5;
+    return name.size() < kShortest ? "" : NearestName(name, names);
 }
 
 }  // namespace ZET::Deploy

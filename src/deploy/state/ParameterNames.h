@@ -1,6 +1,7 @@
 #ifndef ZET_PARAMETER_NAMES_H
 #define ZET_PARAMETER_NAMES_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,9 @@ bool IsParameterName(std::string_view name);
 /// The names of all parameters that the product has.
 std::vector<std::string> NamesOfTheProduct();
 
+/// Whether the value means yes or no. A value of a parameter of the host's own may mean neither.
+std::optional<bool> MeaningOf(const std::string& name, const std::string& value);
+
 /// Whether both values mean the same for the parameter: yes and no can be said in several words.
 bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other);
 
@@ -55,6 +59,9 @@ std::string ParameterThatMakes(const std::string& name);
 
 /// The one of `names` that `name` is likely to be meant for; empty if there is none.
 std::string NearestName(const std::string& name, const std::vector<std::string>& names);
+
+/// The same where any name is possible: none for a short name, of which two letters are half.
+std::string LikelyName(const std::string& name, const std::vector<std::string>& names);
 
 }  // namespace ZET::Deploy
 

@@ -1,15 +1,20 @@
 #include "deploy/targets/Assumptions.h"
 
-#include <algorithm>
 #include <set>
+#include <string_view>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/targets/ConditionCheck.h"
+#include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/UnknownNames.h"
+#include "text/FirstLine.h"
 #include "text/Placeholders.h"
 #include "zet/ZETErrors.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -52,26 +57,38 @@ void WarnIfUnknown(Deployment& product, const std::string& name) {
         warn(problem, _("correct its name"));
 }
 
-/// Whether a check blames the value of the parameter that is assumed, or what it leads to.
-bool IsOfAssumed(const Problem& problem, const std::vector<std::string>& placeholders) {
-    return problem.file == kSource ||
-           std::find(placeholders.begin(), placeholders.end(), problem.quoted) != placeholders.end();
+/// Whether templates can go wrong by the value, other than by its kind.
+bool MayBreakTemplates(const std::string& value) {
+    constexpr std::string_view kInEveryMarker = "--";
+    return value.empty() || value.find(Text::kPlaceholderBegin) != std::string::npos ||
+           value.find(kInEveryMarker) != std::string::npos || Text::MustComeFirst(value);
+}
+
+std::vector<Problem> ProblemsNow(Deployment& product, bool withTemplates) {
+    std::vector<Problem> problems;
+    if (withTemplates) {
+        problems = CheckTargets(product, {}).problems;
+        Append(problems, ProblemsOfEdits(product));
+    }
+    Append(problems, CheckConditions(product).problems);
+    return problems;
 }
 
 }  // namespace
 
 std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
                                           const std::string& value) {
+    const bool isForTemplates = MayBreakTemplates(value);
+    if (!isForTemplates && IsKnownParameter(name)) return std::nullopt;
     try {
         std::set<std::string> before;
-        for (const Problem& problem : CheckTargets(product, {}).problems)
+        for (const Problem& problem : ProblemsNow(product, isForTemplates))
             before.insert(problem.Describe());
         product.UpdateParam(name, value);
         product.Values().Assume({.name = name, .value = value, .file = kSource});
         product.ForgetValues();
-        const std::vector<std::string> placeholders = Text::PlaceholdersOfValue(value);
-        for (Problem& problem : CheckTargets(product, {}).problems) {
-            if (!IsOfAssumed(problem, placeholders) || before.contains(problem.Describe())) continue;
+        for (Problem& problem : ProblemsNow(product, isForTemplates)) {
+            if (before.contains(problem.Describe())) continue;
             if (problem.file == kSource) problem.file.clear();
             return std::optional(std::move(problem));
         }

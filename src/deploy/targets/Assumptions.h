@@ -17,8 +17,9 @@ void AssumeDirectories(Options& options, const StringMap& values);
 /// for what cannot be assumed. The directories among them are the product's already.
 void AssumeParameters(Deployment& product, const StringMap& values);
 
-/// The same of one parameter that is going to have the value, and what a check of the role's templates and
-/// edits then blames on it. Where a list cannot be read, nobody can tell: none.
+/// The same of one parameter that is going to have the value, and the first problem that a check of the
+/// role's templates, edits and conditions then finds, and did not find before. Where a list cannot be read,
+/// nobody can tell: none.
 std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
                                           const std::string& value);
 

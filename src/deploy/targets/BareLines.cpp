@@ -9,19 +9,27 @@ namespace ZET::Deploy {
 
 namespace {
 
-using Text::LineKind;
 using Text::ManagedText;
 
-std::set<std::string_view> LinesOfKind(const ManagedText& text, LineKind kind) {
+bool IsOrdinary(const ManagedText& text, std::size_t number) {
+    return text.RegionOf(number).kind == Text::RegionKind::Ordinary;
+}
+
+bool IsInBlock(const ManagedText& text, std::size_t number) {
+    return text.RegionOf(number).kind == Text::RegionKind::Block && text.Line(number).IsContent();
+}
+
+template <typename Question>
+std::set<std::string_view> LinesThat(Question isWanted, const ManagedText& text) {
     std::set<std::string_view> lines;
     for (std::size_t number = 1; number <= text.LineCount(); ++number)
-        if (text.Line(number).kind == kind) lines.insert(text.Line(number).text);
+        if (isWanted(text, number)) lines.insert(text.Line(number).text);
     return lines;
 }
 
 /// The lines of blocks, unless they stand outside of blocks, too, or the former line was the same.
 BareLines LinesSetIn(const ManagedText& left) {
-    const std::set<std::string_view> ordinary = LinesOfKind(left, LineKind::Ordinary);
+    const std::set<std::string_view> ordinary = LinesThat(IsOrdinary, left);
     BareLines set;
     for (const Text::ManagedRegion& region : left.Regions()) {
         if (region.kind != Text::RegionKind::Block || region.last != region.first + 2) continue;
@@ -37,8 +45,8 @@ BareLines LinesSetIn(const ManagedText& left) {
 
 BareLines BareLinesOf(std::string_view left, std::string_view text) {
     const ManagedText now(text);
-    const std::set<std::string_view> ordinary = LinesOfKind(now, LineKind::Ordinary);
-    const std::set<std::string_view> inBlocks = LinesOfKind(now, LineKind::BlockContent);
+    const std::set<std::string_view> ordinary = LinesThat(IsOrdinary, now);
+    const std::set<std::string_view> inBlocks = LinesThat(IsInBlock, now);
     BareLines bare = LinesSetIn(ManagedText(left));
     std::erase_if(bare, [&](const auto& line) {
         return !ordinary.contains(line.first) || inBlocks.contains(line.first);
@@ -58,10 +66,10 @@ std::string WithoutBareLines(std::string_view text, const BareLines& lines) {
     const ManagedText managed(text);
     std::string rest;
     for (std::size_t number = 1; number <= managed.LineCount(); ++number) {
-        const Text::ManagedLine& line = managed.Line(number);
-        const auto bare = lines.find(std::string(line.text));
-        if (line.kind != LineKind::Ordinary || bare == lines.end()) {
-            rest.append(line.text).append("\n");
+        const std::string_view line = managed.Line(number).text;
+        const auto bare = lines.find(std::string(line));
+        if (!IsOrdinary(managed, number) || bare == lines.end()) {
+            rest.append(line).append("\n");
         } else if (bare->second) {
             rest.append(*bare->second).append("\n");
         }

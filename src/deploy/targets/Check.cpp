@@ -43,6 +43,37 @@ std::vector<Problem> OpenSecrets(Deployment& product, const std::vector<Target>&
     return open;
 }
 
+/// The placeholders whose values stand in files of their own that not everybody may read.
+std::set<std::string> PrivateValues(Deployment& product) {
+    std::set<std::string> placeholders;
+    for (const auto& [placeholder, file] : product.Values().ValueFiles())
+        if (Secrets::IsClosed(file)) placeholders.insert(placeholder);
+    return placeholders;
+}
+
+/// Private values in files that everybody may read because nobody said otherwise.
+std::vector<Problem> OpenValues(Deployment& product, const std::vector<Target>& targets) {
+    const std::set<std::string> hidden = PrivateValues(product);
+    std::vector<Problem> open;
+    for (const Target& target : targets) {
+        if (hidden.empty() || target.isSecret || target.mode ||
+            !IsMadeForEverybody(product, target.templateName))
+            continue;
+        std::set<std::string> used;
+        Text::ValuesToCheck values(product.TemplateValues(), &used);
+        CheckTemplate(product, target.templateName, values);
+        for (const std::string& placeholder : hidden)
+            if (used.contains(placeholder))
+                open.push_back({.file = target.file,
+                                .line = target.line,
+                                .text = Words("not everybody may read the value of %s, but everybody may "
+                                              "read %s, into which [%s] brings it",
+                                              placeholder, target.path, target.templateName),
+                                .remedy = _("give it mode = \"0600\" and secret = true")});
+    }
+    return open;
+}
+
 /// What the target's own check command has against the file that a commit would make.
 std::optional<Problem> CheckRendering(Deployment& product, const Staging& staging, const Target& target) {
     std::string path = target.path;
@@ -104,6 +135,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
         result.unusedValues = UnusedValues(product, checked.templates.used);
     }
     Append(result.warnings, OpenSecrets(product, checked.targets));
+    Append(result.warnings, OpenValues(product, checked.targets));
     WarnOfServiceNames(product, checked.templates.used);
     result.checksNotRun = CountChecksNotRun(product.Wanted(), checked.targets);
     RunOwnChecks(product, checked);

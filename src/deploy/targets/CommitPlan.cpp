@@ -16,11 +16,13 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/UnknownNames.h"
 #include "deploy/targets/WrittenFiles.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -70,6 +72,11 @@ std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::s
                    .remedy = _(ways.last)};
 }
 
+void WarnOf(Deployment& product, const std::vector<Problem>& warnings) {
+    for (const Problem& warning : warnings)
+        product.Out().Warning(warning.Describe());
+}
+
 }  // namespace
 
 CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
@@ -82,6 +89,13 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         m_cutShort = SettleCutShort(product, *m_lock);
     }
     m_checked = CheckTargets(product, templateNames);
+    ConditionFindings conditions;
+    if (templateNames.empty()) {
+        conditions = CheckConditions(product);
+        Append(m_checked.problems, FindMistypedNames(product, m_checked.templates.used));
+        Append(m_checked.problems, std::move(conditions.problems));
+    }
+    WarnOf(product, conditions.warnings);
     if (!m_checked.problems.empty()) {
         if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
@@ -100,6 +114,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         AddTakenBack();
         AddLines();
         JudgeLines(wanted);
+        if (TakesBack()) WarnOf(product, conditions.notGiven);
     }
     if (m_checked.problems.empty()) return;
     m_targets.clear();
@@ -138,6 +153,12 @@ void CommitPlan::AddLines() {
     Append(m_checked.problems, m_lines->Problems());
     for (const std::string& path : m_lines->Emptied())
         TakeBackFile(WrittenLines(m_product, path));
+}
+
+/// Whether something was in force until now, be it a line among others.
+bool CommitPlan::TakesBack() const {
+    return !m_takenBack.empty() || std::any_of(m_lines->Files().begin(), m_lines->Files().end(),
+                                               [](const PlannedLines& lines) { return lines.isTakenBack; });
 }
 
 bool CommitPlan::IsRecorded() const {
@@ -214,7 +235,8 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
-        GiveTo(NewOwnerOf(planned.target, planned.path, planned.before), planned.after);
+        GiveTo(NewOwnerOf(m_product.HostPaths(), planned.target, planned.path, planned.before),
+               planned.after);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;

@@ -79,6 +79,7 @@ class CommitPlan {
     void JudgeLines(OnEdit onEdit);
     void AddTakenBack();
     void AddLines();
+    bool TakesBack() const;
     void TakeBackFile(WrittenFile file);
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;

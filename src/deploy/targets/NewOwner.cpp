@@ -1,8 +1,6 @@
 #include "deploy/targets/NewOwner.h"
 
-#include <grp.h>
-#include <pwd.h>
-
+#include "deploy/host/Accounts.h"
 #include "deploy/host/Words.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -23,14 +21,16 @@ std::string GroupIn(const Target& target) {
 
 }  // namespace
 
-std::optional<FileOwner> NewOwnerOf(const Target& target, const std::string& path, const FileState& before) {
-    if (target.owner.empty() || before.exists || OwnerProblem(target)) return std::nullopt;
+std::optional<FileOwner> NewOwnerOf(const Paths& paths, const Target& target, const std::string& path,
+                                    const FileState& before) {
+    if (target.owner.empty() || before.exists) return std::nullopt;
     // The file takes its owner over from the reserve.
     if (IsFileExist(path + ZETReserveSuffix)) return std::nullopt;
-    const passwd* const user = getpwnam(UserIn(target).c_str());
-    FileOwner owner{user->pw_uid, user->pw_gid};
-    if (const std::string name = GroupIn(target); !name.empty()) owner.group = getgrnam(name.c_str())->gr_gid;
-    return owner;
+    const std::optional<User> user = UserNamed(paths, UserIn(target));
+    if (!user) return std::nullopt;
+    const std::string name = GroupIn(target);
+    const std::optional<gid_t> group = name.empty() ? user->group : GroupNamed(paths, name);
+    return group ? std::optional(FileOwner{user->number, *group}) : std::nullopt;
 }
 
 void GiveTo(const std::optional<FileOwner>& owner, FileState& file) {
@@ -39,17 +39,17 @@ void GiveTo(const std::optional<FileOwner>& owner, FileState& file) {
     file.group = owner->group;
 }
 
-std::optional<Problem> OwnerProblem(const Target& target) {
+std::optional<Problem> OwnerProblem(const Paths& paths, const Target& target) {
     if (target.owner.empty()) return std::nullopt;
     const auto problem = [&](const std::string& text, const char* remedy) {
         return Problem{.file = target.file, .line = target.line, .text = text, .remedy = remedy};
     };
     const std::string user = UserIn(target);
-    if (getpwnam(user.c_str()) == nullptr)
+    if (!UserNamed(paths, user))
         return problem(Words("this host has no user \"%s\", to whom the file is to belong", user),
                        _("correct owner, or make the user"));
     const std::string group = GroupIn(target);
-    if (!group.empty() && getgrnam(group.c_str()) == nullptr)
+    if (!group.empty() && !GroupNamed(paths, group))
         return problem(Words("this host has no group \"%s\", to whom the file is to belong", group),
                        _("correct owner, or make the group"));
     return std::nullopt;

@@ -1,7 +1,6 @@
 #include "deploy/targets/TargetCheck.h"
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <map>
 #include <optional>
 
+#include "deploy/host/Accounts.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Rights.h"
@@ -157,12 +157,12 @@ class TargetChecker {
     /// Checks the target's directory, and the way there.
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path, const FoundFile& found) {
         std::vector<Problem> problems = CheckDirectoryOf(path);
-        if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
+        if (!target.trusted.empty() && !UserNamed(m_product.HostPaths(), target.trusted)) {
             problems.push_back({path, 0, 0,
                                 Words("this host has no user \"%s\", whom its entry trusts", target.trusted),
                                 _("correct trust in the list, or make the user")});
         }
-        Append(problems, OwnerProblem(target));
+        Append(problems, OwnerProblem(m_product.HostPaths(), target));
         const bool isRoots = !found.judge.Objection() && !found.judge.Holder();
         if (!problems.empty() || isRoots || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
@@ -227,8 +227,9 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     }
     if (list.isUnderstood) Append(checked.problems, EditsOfTargets(product, templateNames));
     Append(checked.problems, checker.Result());
-    Append(checked.problems, product.Values().Problems());
     HostValues& values = product.Values();
+    Append(checked.problems, values.Problems());
+    Append(checked.problems, CheckLineEnds(values));
     Append(checked.problems,
            CheckParameterValues(product.Core(), product.TemplateValues(), checked.templates.used,
                                 values.GivenByFleet(), values.Assumed()));

@@ -17,7 +17,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const P
     : m_product(product),
       m_place(std::move(place)),
       m_planned(planned),
-      m_owner(NewOwnerOf(planned.target, planned.path, planned.before)),
+      m_owner(NewOwnerOf(product.HostPaths(), planned.target, planned.path, planned.before)),
       m_replacement(product, m_place, planned.version, Replacement::Look::WasFound) {}
 
 void TargetRendering::KeepOriginal() {

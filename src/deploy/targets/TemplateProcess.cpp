@@ -84,7 +84,8 @@ TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering
       m_isForced(isForced) {
     RequireFreeTarget(product, rendering.templateName, m_path);
     if (const Target* const listed = TargetOfFile())
-        if (std::optional<Problem> problem = OwnerProblem(*listed)) throw Failure(*problem);
+        if (std::optional<Problem> problem = OwnerProblem(product.HostPaths(), *listed))
+            throw Failure(*problem);
     RequireNoCompanion(m_path);
     if (StateOf(m_path).exists) RequireReadableFile(m_path);
     std::vector<std::string> files = {m_path};
@@ -184,7 +185,8 @@ const Target* TemplateProcess::TargetOfFile() const {
 /// The owner that a commit would give. A file elsewhere belongs to whoever makes it.
 std::optional<FileOwner> TemplateProcess::OwnerToGive() const {
     const Target* const target = TargetOfFile();
-    return target == nullptr ? std::nullopt : NewOwnerOf(*target, m_path, StateOf(m_path));
+    return target == nullptr ? std::nullopt
+                             : NewOwnerOf(m_product.HostPaths(), *target, m_path, StateOf(m_path));
 }
 
 FileOutcome TemplateProcess::RunInTrial() {

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
-#include "deploy/lists/ConditionValues.h"
 #include "deploy/state/ParameterNames.h"
+#include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
@@ -17,8 +18,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-constexpr std::size_t kShortestLikely = 5;  ///< two letters are half of a shorter name
 
 /// Includes the placeholders of templates that were not checked: of the other role, and not in force.
 std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
@@ -47,47 +46,8 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
     return all;
 }
 
-/// The conditions of all entries, whatever role they are for.
-std::vector<Condition> ConditionsOf(const TargetList& list) {
-    std::vector<Condition> conditions;
-    const auto take = [&](const ListEntry& entry) {
-        if (entry.isEnabled && !entry.when.parameter.empty()) conditions.push_back(entry.when);
-    };
-    for (const Target& target : list.targets)
-        take(target);
-    for (const ListedEdit& edit : list.edits)
-        take(edit);
-    return conditions;
-}
-
-std::set<std::string> AskedFor(Deployment& product) {
-    std::set<std::string> asked;
-    for (const Condition& when : ConditionsOf(product.Lists().Targets()))
-        asked.insert(when.parameter);
-    return asked;
-}
-
-/// A condition on a parameter that nobody gives is never met.
-void FindUnknownConditions(Deployment& product, UnusedParameters& found) {
-    std::vector<std::string> names = NamesOfTheProduct();
-    for (const auto& [name, value] : product.Values().Params())
-        names.push_back(name);
-    std::set<std::string> told;
-    const ConditionValues values(product);
-    for (const Condition& when : ConditionsOf(product.Lists().Targets())) {
-        const std::string& name = when.parameter;
-        if (values.Find(name) != nullptr || !told.insert(name).second) continue;
-        const std::string nearest = name.size() < kShortestLikely ? "" : NearestName(name, names);
-        (nearest.empty() ? found.unused : found.mistyped)
-            .push_back({when.file, when.line, 0,
-                        Words("when asks for the parameter %s, which nobody gives", name),
-                        nearest.empty() ? _("correct its name, or give it a value, which may be empty")
-                                        : Words("did you mean %s?", nearest)});
-    }
-}
-
 void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedParameters& found) {
-    for (const std::string& name : AskedFor(product))
+    for (const std::string& name : ParametersAskedFor(product))
         used.insert(PlaceholderFor(name));
     for (const auto& [placeholder, file] : product.Values().ValueFiles()) {
         if (!used.contains(placeholder))
@@ -101,7 +61,7 @@ void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedPara
 std::string MeantName(const std::string& name, const std::vector<std::string>& names) {
     const std::string likely = NameOfPlaceholder(PlaceholderFor(name));
     if (std::find(names.begin(), names.end(), likely) != names.end()) return likely;
-    return name.size() < kShortestLikely ? "" : NearestName(likely, names);
+    return LikelyName(likely, names);
 }
 
 /// The names that the template asks for and that a warning may mention: of a private template, only those
@@ -116,18 +76,29 @@ std::vector<std::string> NamesToTell(Deployment& product, const Rendering& rende
     return names;
 }
 
+UnusedParameters FindUnusedBeside(Deployment& product, const std::set<std::string>& used) {
+    HostValues& values = product.Values();
+    std::vector<GivenParameter> given = values.GivenByFleet();
+    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
+    return FindUnusedParameters(product.Param("ZET_CFG"), given, used, ParametersAskedFor(product));
+}
+
 }  // namespace
 
 UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::string>& used) {
     const std::set<std::string> usedAnywhere = UsedAnywhere(product, used);
-    HostValues& values = product.Values();
-    std::vector<GivenParameter> given = values.GivenByFleet();
-    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
-    UnusedParameters found =
-        FindUnusedParameters(product.Param("ZET_CFG"), given, usedAnywhere, AskedFor(product));
+    UnusedParameters found = FindUnusedBeside(product, usedAnywhere);
     FindUnusedTexts(product, usedAnywhere, found);
-    FindUnknownConditions(product, found);
+    ConditionFindings ofConditions = CheckConditions(product);
+    Append(found.mistyped, std::move(ofConditions.problems));
+    Append(found.unused, std::move(ofConditions.notGiven));
+    Append(found.unused, std::move(ofConditions.warnings));
     return found;
+}
+
+std::vector<Problem> FindMistypedNames(Deployment& product, const std::set<std::string>& used) {
+    if (FindUnusedBeside(product, used).mistyped.empty()) return {};
+    return FindUnusedBeside(product, UsedAnywhere(product, used)).mistyped;
 }
 
 UnusedParameters JudgeName(Deployment& product, const std::string& name) {
@@ -135,7 +106,7 @@ UnusedParameters JudgeName(Deployment& product, const std::string& name) {
     given.name = name;
     if (IsKnownParameter(name)) return {};
     try {
-        return FindUnusedParameters("", {given}, UsedAnywhere(product, {}), AskedFor(product));
+        return FindUnusedParameters("", {given}, UsedAnywhere(product, {}), ParametersAskedFor(product));
     } catch (const Failure&) {
         return {};
     }

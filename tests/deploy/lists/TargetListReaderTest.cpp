@@ -83,6 +83,15 @@ TEST(TargetListReader, WhatNoServiceIsInChargeOfIsACommandAmongTheServices) {
                     "LIST:4:46: reload is empty (fill it, or remove the line)"));
 }
 
+TEST(TargetListReader, CommandIsInTheWordsOfAShell) {
+    EXPECT_THAT(TargetOf("reload = [[\"sh\", \"-c\", 'echo \"hi $x\"', '', \"it's\", \"a;b\"]]")
+                    .ServicesFor(Role::Server)
+                    .reload,
+                ElementsAre("sh -c 'echo \"hi $x\"' '' 'it'\\''s' 'a;b'"));
+    EXPECT_THAT(ProblemsOf(Entry("reload = [[\"sh\", \"a\\nb\"]]")),
+                ElementsAre("LIST:4:11: reload holds a NUL byte or a line feed (take it out)"));
+}
+
 TEST(TargetListReader, OtherFormsOfTomlSayTheSame) {
     for (const char* text :
          {"templates.\"a.b\".target = '/x'\ntemplates.\"a.b\".roles = 'both'",

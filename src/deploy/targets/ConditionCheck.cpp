@@ -1,0 +1,175 @@
+#include "deploy/targets/ConditionCheck.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "deploy/host/Words.h"
+#include "deploy/lists/ConditionValues.h"
+#include "deploy/state/ParameterNames.h"
+#include "zet/ZETHost.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+template <typename Take>
+void ForEachCondition(const TargetList& list, const Take& take) {
+    const auto takeOf = [&](const ListEntry& entry) {
+        if (!entry.when.parameter.empty()) take(entry.when, entry.isEnabled);
+    };
+    for (const Target& target : list.targets)
+        takeOf(target);
+    for (const ListedEdit& edit : list.edits)
+        takeOf(edit);
+}
+
+bool IsFlag(const std::string& name, const std::string& value) {
+    return MeaningOf(name, value).has_value();
+}
+
+/// A digit may also count something.
+bool IsDigit(const std::string& value) {
+    return value == "0" || value == "1";
+}
+
+/// The value without what is easily mistaken: capitals and the blanks around it.
+std::string Plain(const std::string& value) {
+    constexpr char kBlanks[] = " \t\v\f\r\n";
+    const std::size_t begin = std::min(value.find_first_not_of(kBlanks), value.size());
+    std::string plain = value.substr(begin, value.find_last_not_of(kBlanks) + 1 - begin);
+    for (char& c : plain)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return plain;
+}
+
+using Values = std::set<std::string>;
+
+/// An entry that is in force for yes needs no other one for no, and one for no value none for the others.
+bool IsAskedFor(const Values& asked, const std::string& name, const std::string& value) {
+    if (asked.contains(value) || asked.contains("")) return true;
+    return IsFlag(name, value) && std::any_of(asked.begin(), asked.end(),
+                                              [&](const std::string& each) { return IsFlag(name, each); });
+}
+
+bool AsksForFlags(const Values& asked, const std::string& name) {
+    const auto isFlag = [&](const std::string& value) { return IsFlag(name, value); };
+    return std::all_of(asked.begin(), asked.end(), isFlag) &&
+           !std::all_of(asked.begin(), asked.end(), IsDigit);
+}
+
+/// Empty if the value is much unlike all of them.
+std::string Meant(const Values& asked, const std::string& value) {
+    const auto found = std::find_if(asked.begin(), asked.end(),
+                                    [&](const std::string& each) { return Plain(each) == Plain(value); });
+    return found == asked.end() ? "" : *found;
+}
+
+std::string Listed(const Values& values) {
+    std::string list;
+    for (const std::string& value : values)
+        list += (list.empty() ? "" : ", ") + value;
+    return list;
+}
+
+class ConditionChecker {
+  public:
+    explicit ConditionChecker(Deployment& product) : m_product(product), m_values(product) {
+        ForEachCondition(product.Lists().Targets(), [&](const Condition& when, bool /*isEnabled*/) {
+            m_asked[when.parameter].insert(when.value);
+        });
+    }
+
+    ConditionFindings Check() {
+        std::set<std::string> done;
+        ForEachCondition(m_product.Lists().Targets(), [&](const Condition& when, bool isEnabled) {
+            if (isEnabled && done.insert(when.parameter).second) Check(when);
+        });
+        return std::move(m_found);
+    }
+
+  private:
+    void Check(const Condition& when) {
+        const std::optional<ConditionValue> value = m_values.Find(when.parameter);
+        if (!value) return TellNotGiven(when);
+        if (!value->isComplete) return TellIncomplete(when.parameter);
+        CheckValue(when.parameter, value->text);
+    }
+
+    /// A condition on a parameter that nobody gives is never met.
+    void TellNotGiven(const Condition& when) {
+        std::vector<std::string> names = NamesOfTheProduct();
+        for (const auto& [name, value] : m_product.Values().Params())
+            names.push_back(name);
+        const std::string& name = when.parameter;
+        const std::string nearest = LikelyName(name, names);
+        (nearest.empty() ? m_found.notGiven : m_found.problems)
+            .push_back({when.file, when.line, 0,
+                        Words("when asks for the parameter %s, which nobody gives", name),
+                        nearest.empty() ? _("correct its name, or give it a value, which may be empty")
+                                        : Words("did you mean %s?", nearest)});
+    }
+
+    void TellIncomplete(const std::string& name) {
+        Problem problem = ProblemIn(name);
+        problem.text =
+            Words("when asks for the value of %s, in which a placeholder has no value or no end", name);
+        problem.remedy = _("correct it");
+        m_found.problems.push_back(std::move(problem));
+    }
+
+    /// The values of the product's own parameters are judged by their kinds. The message quotes no value,
+    /// since its file may not be for everybody.
+    void CheckValue(const std::string& name, const std::string& value) {
+        const Values& asked = m_asked[name];
+        if (IsKnownParameter(name) || value.empty() || IsAskedFor(asked, name, value)) return;
+        Problem problem = ProblemIn(name);
+        if (AsksForFlags(asked, name)) {
+            problem.text = Words("when asks whether %s is yes or no, and its value is neither", name);
+            problem.remedy = _("write yes or no");
+            return m_found.problems.push_back(std::move(problem));
+        }
+        problem.text = Words("the value of %s is none that when asks for: %s", name, Listed(asked));
+        if (const std::string meant = Meant(asked, value); !meant.empty()) {
+            problem.remedy = Words("did you mean %s?", meant);
+            return m_found.problems.push_back(std::move(problem));
+        }
+        problem.remedy =
+            _("correct it; or, if nothing is to be in force for it, name it in the when of an "
+              "entry with enabled = false");
+        m_found.warnings.push_back(std::move(problem));
+    }
+
+    /// The place where the value is given; the whole main file if nobody knows.
+    Problem ProblemIn(const std::string& name) {
+        HostValues& values = m_product.Values();
+        if (const GivenParameter* const assumed = FindGiven(values.Assumed(), name))
+            return {.file = assumed->file};
+        const auto source = IsKnownParameter(name) ? values.SourceOfParam(name)
+                                                   : values.SourceOfPlaceholder(PlaceholderFor(name));
+        if (!source) return {.file = m_product.Param("ZET_CFG")};
+        return {.file = source->file, .line = source->line};
+    }
+
+    Deployment& m_product;
+    const ConditionValues m_values;
+    std::map<std::string, Values> m_asked;  ///< by parameter, those of disabled entries, too
+    ConditionFindings m_found;
+};
+
+}  // namespace
+
+ConditionFindings CheckConditions(Deployment& product) {
+    return ConditionChecker(product).Check();
+}
+
+std::set<std::string> ParametersAskedFor(Deployment& product) {
+    std::set<std::string> asked;
+    ForEachCondition(product.Lists().Targets(), [&](const Condition& when, bool isEnabled) {
+        if (isEnabled) asked.insert(when.parameter);
+    });
+    return asked;
+}
+
+}  // namespace ZET::Deploy
