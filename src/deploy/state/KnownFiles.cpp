@@ -45,7 +45,7 @@ void KnownFiles::Settle(const RecordedFile& file, std::int64_t entry) {
     } catch (const Failure&) {
         return;
     }
-    if (!settlement.untouched.empty()) return;
+    if (!settlement.untouched.empty() || !settlement.unclear.empty()) return;
     const std::vector<FileToRecord>& settled =
         settlement.known.empty() ? settlement.changed : settlement.known;
     const RecordedState& state = settled.empty() ? file.after : settled[0].file.after;
