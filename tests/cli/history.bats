@@ -261,6 +261,17 @@ login_of_this_process() {
     done
 }
 
+@test "a number of changes that is too large empties no history" {
+    zet -q param set conf x 2
+    local number
+    for number in 18446744073709551615 9223372036854775808 4294967296; do
+        sed -i /ZET_HISTORY_KEEP/d zet.conf
+        printf '%s\n' "ZET_HISTORY_KEEP=$number" "ZET_HISTORY_KEEP_EDITS=$number" >>zet.conf
+        zet -q param set conf x "$number"
+    done
+    assert_equal "$(store 'SELECT count(*) FROM entries')" 4
+}
+
 @test "an export is of one moment, whatever is recorded meanwhile" {
     echo ZET_HISTORY_KEEP=3 >>zet.conf
     echo >other
