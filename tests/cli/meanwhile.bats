@@ -95,17 +95,7 @@ assert_told() {
 
 # status_beside FILE WORD...: a status that is stopped at its first look at the file, while this command writes.
 status_beside() {
-    rm -f "$BASE/trace"
-    strace -f -qq -P "$1" -e trace=/stat -e inject=/stat:signal=STOP:when=1 -o "$BASE/trace" \
-        "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
-    local strace=$! tries=0
-    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
-    "${@:2}" >/dev/null
-    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
-    status=0
-    wait "$strace" || status=$?
-    output=$(<"$BASE/output")
-    stderr=$(<"$BASE/stderr")
+    run_beside "$1" /stat status "${@:2}"
 }
 
 @test "what another command edits in place during a status is not told as somebody's edit" {
