@@ -217,6 +217,10 @@ zet-client: nothing was changed"
     cmp out/one.conf edited
     run_zet file restore conf
     assert_refusal 1 "conf: holds changes that are kept nowhere (--force replaces it all the same)"
+    run_zet file restore --force -n conf
+    assert_stderr "zet-client: warning: what $HOST/conf holds would not be kept, as ZET_HISTORY_KEEP_EDITS is 0"
+    run_zet file restore --force conf
+    assert_stderr "zet-client: warning: what $HOST/conf held is not kept, as ZET_HISTORY_KEEP_EDITS is 0"
     run_zet commit-config --on-edit=overwrite -n
     [[ $stderr == *"what $ONE holds would not be kept, as ZET_HISTORY_KEEP_EDITS is 0"* ]]
     run_zet commit-config --on-edit=overwrite
