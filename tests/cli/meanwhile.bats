@@ -117,3 +117,17 @@ status_beside() {
     # The status has the values of its own beginning.
     [[ $output == *"$HOST/out/one.conf: pending"* ]] || differ status "pending" "$output"
 }
+
+@test "a directory does not move that another run has begun to use meanwhile" {
+    add_target one.conf $'x\n'
+    cp zet.conf before
+    local words
+    mkdir other
+    for words in "option set ZET_VAR_LIB_DIR $HOST/other" "option unset ZET_CFG_DIR"; do
+        run_beside "$HOST/state/zet.lock" openat "$words" zet commit-config
+        assert_status 1
+        [[ $stderr == *"cannot be changed while something is committed, which is known there"* ]]
+        cmp before zet.conf
+        zet -q rollback-config
+    done
+}
