@@ -97,6 +97,15 @@ on_read_only() {
     assert_refusal 2 "change 1 is no longer kept (\"history\" tells those that are; ZET_HISTORY_KEEP says how many)"
     run_zet history show 3
     assert_refusal 2 "there is no change 3: the last one is 2 (\"history\" tells them)"
+    # A kept edit that is older than others.
+    zet -q commit-config
+    echo mine >>out/one.conf
+    zet -q commit-config
+    zet -q param set plain a 4
+    run_zet undo 5
+    assert_refusal 2 "change 5 is no longer kept (\"history\" tells those that are; ZET_HISTORY_KEEP says how many)"
+    run_zet undo 6
+    assert_refusal 2 "there is no change 6: the last one is 5 (\"history\" tells them)"
 }
 
 # with_setting LINE WORD...: a run with one line more in the main file.
