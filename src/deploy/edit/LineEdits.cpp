@@ -21,18 +21,28 @@ namespace {
 
 /// True if the pattern selects an empty line of the file. The module's lookup returns the same for it as for
 /// none.
-bool SelectsEmptyLine(Deployment& product, const std::string& path, const std::string& pattern) {
-    if (!product.Core().MatchRegEx(pattern, "", nullptr, 0)) return false;
-    const std::string bytes = ReadFileBytes(path);
+bool SelectsEmptyLine(IZETCore& core, const std::string& bytes, const std::string& pattern) {
+    if (!core.MatchRegEx(pattern, "", nullptr, 0)) return false;
     const std::vector<Text::TextLine> lines = Text::SplitLines(bytes);
     return std::any_of(lines.begin(), lines.end(),
                        [](const Text::TextLine& line) { return line.text.empty(); });
 }
 
+/// Where only the mark keeps the pattern from the first line, the line is there all the same.
+void RequireNoMarkBefore(IZETCore& core, const std::string& path, std::string_view lines,
+                         const std::string& pattern) {
+    if (!lines.starts_with(Text::kByteOrderMark)) return;
+    const std::string line(Text::TakeLine(lines).text);
+    if (!Selects(core, pattern, line) && Selects(core, pattern, line.substr(Text::kByteOrderMark.size())))
+        FailOfByteOrderMark(path, 1);
+}
+
 std::optional<std::string> LineInSection(Deployment& product, const std::string& path,
                                          const std::string& pattern, const std::string& section) {
     const std::string bytes = ReadFileBytes(path);
-    const auto line = FirstSelected(product.Core(), pattern, PartOf(path, bytes, section).lines);
+    const std::string_view lines = PartOf(path, bytes, section).lines;
+    const auto line = FirstSelected(product.Core(), pattern, lines);
+    if (!line) RequireNoMarkBefore(product.Core(), path, lines, pattern);
     return line ? std::optional(Text::WithoutLineEnd(*line)) : std::nullopt;
 }
 
@@ -40,15 +50,6 @@ std::optional<std::string> LineInSection(Deployment& product, const std::string&
 std::string GivenText(const PartEdit& edit, const EditOptions& options) {
     const std::string markers = std::string(ZETNoticeMarker) + "\n" + ZETCommentEndMarker + "\n";
     return (options.section ? markers : "") + std::string(edit.Part().lines);
-}
-
-/// Where only the mark keeps the pattern from the first line, another one would be added to it.
-void RequireNoMarkBefore(IZETCore& core, const PartEdit& edit, const std::string& pattern) {
-    std::string_view lines = edit.Part().lines;
-    if (!lines.starts_with(Text::kByteOrderMark)) return;
-    const std::string line(Text::TakeLine(lines).text);
-    if (!Selects(core, pattern, line) && Selects(core, pattern, line.substr(Text::kByteOrderMark.size())))
-        FailOfByteOrderMark(edit.Path(), 1);
 }
 
 }  // namespace
@@ -59,8 +60,11 @@ std::optional<std::string> GetLine(Deployment& product, const std::string& path,
     if (section) return LineInSection(product, path, pattern, *section);
     const auto file = OpenedFile(product, path, true);
     const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
-    if (line.empty() && !SelectsEmptyLine(product, path, pattern)) return std::nullopt;
-    return Text::WithoutLineEnd(line);
+    if (!line.empty()) return Text::WithoutLineEnd(line);
+    const std::string bytes = ReadFileBytes(path);
+    if (SelectsEmptyLine(product.Core(), bytes, pattern)) return line;
+    RequireNoMarkBefore(product.Core(), path, bytes, pattern);
+    return std::nullopt;
 }
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
@@ -71,7 +75,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     RequireSectionName(options.section);
     PartEdit edit(product, file, options);
     edit.ReadAll();
-    RequireNoMarkBefore(product.Core(), edit, pattern);
+    RequireNoMarkBefore(product.Core(), edit.Path(), edit.Part().lines, pattern);
     const std::string selection =
         PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
     const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);
