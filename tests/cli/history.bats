@@ -855,6 +855,17 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
     assert_json '[f["mode_after"] for f in d["entries"][0]["files"] if f["mode_after"]]' '[]'
 }
 
+@test "a file that an undo was about to remove when it was killed is not told as changed" {
+    add_target one.conf $'x\n'
+    zet -q commit-config
+    capture strace -f -qq -o "$BASE/trace" -P ././one.conf -e trace=/unlink -e inject=/unlink:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf undo
+    assert_status 137
+    [[ -e out/one.conf ]]
+    run_zet history show 2
+    [[ $output == *"$HOST/out/one.conf: removed, not ended (original"* ]] || differ show "not ended" "$output"
+}
+
 @test "of a change that has not ended, what it has not written yet is no change" {
     add_target one.conf $'realm = ${realm}\n'
     add_target two.conf $'realm = ${realm}\n'
