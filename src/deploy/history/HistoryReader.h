@@ -78,7 +78,8 @@ class HistoryReader {
 
     std::string PathOf(const std::string& name) const { return m_product.HostPaths().FromInside(name); }
 
-    /// From now on, what others record meanwhile is seen, and nobody waits for this reader.
+    /// From now on, what others record meanwhile is seen, and nobody waits for this reader. Where a directory
+    /// was moved, that is only so once the store is closed.
     void EndLook() { m_look.reset(); }
 
     /// While the result lives, nothing changes that is read. To be called only after `EndLook`.
