@@ -131,3 +131,21 @@ status_beside() {
         zet -q rollback-config
     done
 }
+
+@test "what is foretold of an undo is of one moment, whatever is recorded and pruned meanwhile" {
+    echo ZET_HISTORY_KEEP=1 >>zet.conf
+    local count=0
+    record_one() {
+        echo a=1 >"f$((++count))"
+        zet -q param set "f$count" a 2 >/dev/null
+    }
+    record_one
+    strace -f -qq -e trace=fcntl -e inject=fcntl:delay_enter=40000 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf undo -n >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$!
+    while kill -0 "$strace" 2>/dev/null; do record_one; done
+    status=0
+    wait "$strace" || status=$?
+    assert_equal "$(<"$BASE/stderr")" ""
+    assert_equal "$status" 3
+}
