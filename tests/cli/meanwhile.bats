@@ -136,7 +136,8 @@ status_beside() {
     echo ZET_HISTORY_KEEP=1 >>zet.conf
     local count=0
     record_one() {
-        echo a=1 >"f$((++count))"
+        count=$((count + 1))
+        echo a=1 >"f$count"
         zet -q param set "f$count" a 2 >/dev/null
     }
     record_one
