@@ -141,10 +141,13 @@ status_beside() {
         zet -q param set "f$count" a 2 >/dev/null
     }
     record_one
-    strace -f -qq -e trace=fcntl -e inject=fcntl:delay_enter=40000 -o "$BASE/trace" \
+    strace -f -qq -e trace=fcntl -e inject=fcntl:delay_enter=60000 -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf undo -n >"$BASE/output" 2>"$BASE/stderr" 3>&- &
     local strace=$!
-    while kill -0 "$strace" 2>/dev/null; do record_one; done
+    while kill -0 "$strace" 2>/dev/null; do
+        record_one
+        sleep 0.15
+    done
     status=0
     wait "$strace" || status=$?
     assert_equal "$(<"$BASE/stderr")" ""
