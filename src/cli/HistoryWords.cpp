@@ -79,9 +79,7 @@ std::string LineOf(const HistoryEntry& entry) {
 
 std::string LineOf(const HistoryFile& file) {
     std::string text = file.path + ": " + ResultText(file.result, false);
-    const bool isRemoved = file.result == FileOutcome::Result::Removed;
-    if (!file.after.exists && !isRemoved && file.result != FileOutcome::Result::Unchanged)
-        text += std::string(", ") + _("not ended");
+    if (!file.isEnded) text += std::string(", ") + _("not ended");
     if (file.result == FileOutcome::Result::Changed) {
         const std::string attributes = DescribeChange(file.before, file.after);
         if (!attributes.empty()) text += ", " + attributes;

@@ -180,6 +180,32 @@ assert_adopted() {
     diff -r before etc
 }
 
+@test "nothing is adopted into a template from which the file was taken back meanwhile" {
+    echo more >>out/one.conf
+    cp -r etc before
+    run_beside "$HOST/state/zet.lock" openat "adopt out/one.conf" \
+        eval 'zet rollback-config --force; echo theirs >out/one.conf'
+    assert_status 2
+    assert_equal "$stderr" "zet-client: error: $HOST/out/one.conf: is no committed target (\"status\" lists them)"
+    diff -r before etc
+}
+
+@test "without a history that can be read nothing is adopted" {
+    echo a=1 >f
+    zet -q param set f a 2
+    echo more >>out/one.conf
+    cp -r etc before
+    change_store "UPDATE known SET kind = 7 WHERE path LIKE '%/f'"
+    echo ZET_HISTORY=no >>zet.conf
+    local words
+    for words in 'adopt' 'adopt -n'; do
+        run_zet $words out/one.conf
+        assert_status 1
+        [[ $stderr == *"error: $HOST/state/state.db: cannot be used, so that nobody can tell what $HOST/out/one.conf was made from (edit its working copy by hand, and commit)"* ]]
+    done
+    diff -r before etc
+}
+
 @test "a value that the domain does not give stays a placeholder" {
     echo NTP_SERVER=fleet >templates/values.conf
     add_target own.conf $'server ${ntp_server}\n'

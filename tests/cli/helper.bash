@@ -199,6 +199,13 @@ for statement in sys.argv[2:]:
         print(*row, sep="|")' "$HOST/state/state.db" "$@"
 }
 
+# change_store SQL: as damage, or somebody's hand, would.
+change_store() {
+    /usr/bin/python3 -c 'import sqlite3, sys
+with sqlite3.connect(sys.argv[1]) as database:
+    database.execute(sys.argv[2])' "$HOST/state/state.db" "$1"
+}
+
 # break_store: its first page is none.
 break_store() {
     rm -f state/state.db-wal state/state.db-shm

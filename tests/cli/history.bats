@@ -253,6 +253,17 @@ login_of_this_process() {
     done
 }
 
+@test "a number of changes that is too large empties no history" {
+    zet -q param set conf x 2
+    local number
+    for number in 18446744073709551615 9223372036854775808 4294967296; do
+        sed -i /ZET_HISTORY_KEEP/d zet.conf
+        printf '%s\n' "ZET_HISTORY_KEEP=$number" "ZET_HISTORY_KEEP_EDITS=$number" >>zet.conf
+        zet -q param set conf x "$number"
+    done
+    assert_equal "$(store 'SELECT count(*) FROM entries')" 4
+}
+
 @test "an export is of one moment, whatever is recorded meanwhile" {
     echo ZET_HISTORY_KEEP=3 >>zet.conf
     echo >other
@@ -834,6 +845,17 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
         differ conf "nothing invented" "$output"
     run_zet --json history show 1
     assert_json '[f["mode_after"] for f in d["entries"][0]["files"] if f["mode_after"]]' '[]'
+}
+
+@test "a file that an undo was about to remove when it was killed is not told as changed" {
+    add_target one.conf $'x\n'
+    zet -q commit-config
+    capture strace -f -qq -o "$BASE/trace" -P ././one.conf -e trace=/unlink -e inject=/unlink:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf undo
+    assert_status 137
+    [[ -e out/one.conf ]]
+    run_zet history show 2
+    [[ $output == *"$HOST/out/one.conf: removed, not ended (original"* ]] || differ show "not ended" "$output"
 }
 
 @test "of a change that has not ended, what it has not written yet is no change" {

@@ -100,6 +100,13 @@ $(block new)"
         run_zet line set $options bom '^a=' a=2
         assert_refusal 1 "bom:1: begins with a byte order mark, behind which nothing is found (save the file without the mark)"
     done
+    for options in "" --no-section; do
+        run_zet line get $options bom '^a='
+        assert_refusal 1 "bom:1: begins with a byte order mark, behind which nothing is found (save the file without the mark)"
+        run_zet line get $options bom '^c='
+        assert_status 1
+        assert_stderr ""
+    done
     assert_host_unchanged
     zet -q line set --no-markers --no-backup bom '^[^a]*a=' a=2
     assert_file bom $'a=2\nb=2\n'

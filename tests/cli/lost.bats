@@ -45,6 +45,18 @@ assert_damage() {
     assert_file out/one.conf $'old\n'
 }
 
+@test "a file of which the history is damaged goes back from its reserve, as a trial foretells" {
+    echo mine >>out/one.conf
+    change_store "UPDATE known SET kind = 7 WHERE path LIKE '%/one.conf'"
+    run_zet file restore -n --force out/one.conf
+    assert_status 3
+    run_zet file restore --force out/one.conf
+    assert_status 0
+    [[ $stderr == *"the history is damaged"* ]]
+    assert_file out/one.conf $'old\n'
+    assert_absent out/one.conf.before_zet
+}
+
 @test "a broken byte in the journal loses no history without a word" {
     flip state/state.db-wal 40
     assert_damage "$STORE" "all of its changes are gone"

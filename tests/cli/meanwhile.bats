@@ -95,17 +95,7 @@ assert_told() {
 
 # status_beside FILE WORD...: a status that is stopped at its first look at the file, while this command writes.
 status_beside() {
-    rm -f "$BASE/trace"
-    strace -f -qq -P "$1" -e trace=/stat -e inject=/stat:signal=STOP:when=1 -o "$BASE/trace" \
-        "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
-    local strace=$!
-    await_stop
-    "${@:2}" >/dev/null
-    go_on
-    status=0
-    wait "$strace" || status=$?
-    output=$(<"$BASE/output")
-    stderr=$(<"$BASE/stderr")
+    run_beside "$1" /stat status "${@:2}"
 }
 
 @test "what another command edits in place during a status is not told as somebody's edit" {
@@ -126,4 +116,40 @@ status_beside() {
     assert_equal "$stderr" ""
     # The status has the values of its own beginning.
     [[ $output == *"$HOST/out/one.conf: pending"* ]] || differ status "pending" "$output"
+}
+
+@test "a directory does not move that another run has begun to use meanwhile" {
+    add_target one.conf $'x\n'
+    cp zet.conf before
+    local words
+    mkdir other
+    for words in "option set ZET_VAR_LIB_DIR $HOST/other" "option unset ZET_CFG_DIR"; do
+        run_beside "$HOST/state/zet.lock" openat "$words" zet commit-config
+        assert_status 1
+        [[ $stderr == *"cannot be changed while something is committed, which is known there"* ]]
+        cmp before zet.conf
+        zet -q rollback-config
+    done
+}
+
+@test "what is foretold of an undo is of one moment, whatever is recorded and pruned meanwhile" {
+    echo ZET_HISTORY_KEEP=1 >>zet.conf
+    local count=0
+    record_one() {
+        count=$((count + 1))
+        echo a=1 >"f$count"
+        zet -q param set "f$count" a 2 >/dev/null
+    }
+    record_one
+    strace -f -qq -e trace=fcntl -e inject=fcntl:delay_enter=60000 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf undo -n >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$!
+    while kill -0 "$strace" 2>/dev/null; do
+        record_one
+        sleep 0.15
+    done
+    status=0
+    wait "$strace" || status=$?
+    assert_equal "$(<"$BASE/stderr")" ""
+    assert_equal "$status" 3
 }

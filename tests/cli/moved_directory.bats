@@ -218,10 +218,7 @@ $HOST/out/app/a.conf"
 @test "where a change of a moved file is damaged, nothing is taken for left over" {
     zet -q commit-config
     move_directory out/app srv
-    /usr/bin/python3 -c 'import sqlite3, sys
-store = sqlite3.connect(sys.argv[1])
-store.execute("UPDATE files SET kind_before = kind_before + 1 WHERE path LIKE \"%/a.conf\"")
-store.commit()' state/state.db
+    change_store "UPDATE files SET kind_before = kind_before + 1 WHERE path LIKE '%/a.conf'"
     cp srv/a.conf before
     run_zet commit-config
     assert_status 1

@@ -115,6 +115,23 @@ release_lock() {
     rm -f "$BASE/release" "$BASE/held"
 }
 
+# run_beside FILE CALL WORDS COMMAND...: a command of these words, which is stopped at its first such call for the
+# file, while that command runs.
+run_beside() {
+    rm -f "$BASE/trace"
+    # shellcheck disable=SC2086  # words
+    strace -f -qq -P "$1" -e "trace=$2" -e "inject=$2:signal=STOP:when=1" -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf $3 >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$!
+    await_stop
+    "${@:4}" >/dev/null
+    go_on
+    status=0
+    wait "$strace" || status=$?
+    output=$(<"$BASE/output")
+    stderr=$(<"$BASE/stderr")
+}
+
 # As remember_host and assert_host_unchanged, but a directory for temporary files may have come and gone.
 remember_files() {
     touch -d @0 state

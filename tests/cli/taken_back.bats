@@ -99,19 +99,11 @@ all_as_before() {
     assert_absent out/plain.before_zet
 }
 
-# damage STATEMENT: in the history.
-damage() {
-    /usr/bin/python3 -c 'import sqlite3, sys
-database = sqlite3.connect(sys.argv[1])
-database.execute(sys.argv[2])
-database.commit()' "$HOST/state/state.db" "$1"
-}
-
 @test "an entry or a text that is damaged keeps no edit from going back, but for what may be of the other role" {
     local damaged
     for damaged in "UPDATE files SET kind_before = 5" "UPDATE texts SET frame = x'00'"; do
         zet -q commit-config
-        damage "$damaged"
+        change_store "$damaged"
         run_zet rollback-config
         assert_status 0
         [[ $stderr == *"the history is damaged"* ]]
@@ -122,7 +114,7 @@ database.commit()' "$HOST/state/state.db" "$1"
     done
     server -q commit-config
     zet -q commit-config
-    damage "UPDATE texts SET frame = x'00'"
+    change_store "UPDATE texts SET frame = x'00'"
     run_zet rollback-config
     assert_status 1
     grep -qx a=7 out/plain

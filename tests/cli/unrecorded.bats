@@ -96,6 +96,15 @@ on_read_only() {
     assert_refusal 2 "change 1 is no longer kept (\"history\" tells those that are; ZET_HISTORY_KEEP says how many)"
     run_zet history show 3
     assert_refusal 2 "there is no change 3: the last one is 2 (\"history\" tells them)"
+    # A kept edit that is older than others.
+    zet -q commit-config
+    echo mine >>out/one.conf
+    zet -q commit-config
+    zet -q param set plain a 4
+    run_zet undo 5
+    assert_refusal 2 "change 5 is no longer kept (\"history\" tells those that are; ZET_HISTORY_KEEP says how many)"
+    run_zet undo 6
+    assert_refusal 2 "there is no change 6: the last one is 5 (\"history\" tells them)"
 }
 
 # with_setting LINE WORD...: a run with one line more in the main file.
@@ -216,6 +225,10 @@ zet-client: nothing was changed"
     cmp out/one.conf edited
     run_zet file restore conf
     assert_refusal 1 "conf: holds changes that are kept nowhere (--force replaces it all the same)"
+    run_zet file restore --force -n conf
+    assert_stderr "zet-client: warning: what $HOST/conf holds would not be kept, as ZET_HISTORY_KEEP_EDITS is 0"
+    run_zet file restore --force conf
+    assert_stderr "zet-client: warning: what $HOST/conf held is not kept, as ZET_HISTORY_KEEP_EDITS is 0"
     run_zet commit-config --on-edit=overwrite -n
     [[ $stderr == *"what $ONE holds would not be kept, as ZET_HISTORY_KEEP_EDITS is 0"* ]]
     run_zet commit-config --on-edit=overwrite

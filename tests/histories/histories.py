@@ -23,6 +23,7 @@ to the byte, mode, owner and attribute, as it was before and after each entry of
   * Whatever a killed run has done is an entry, and can be taken back.
 
 At the end of each history the host goes back to every entry that is kept, one after the other, and forward again.
+Then some runs are killed, and hands write the same files before the next run: what was replaced is in the entry.
 A failure prints the seed, by which the same history is played again.
 """
 
@@ -386,6 +387,30 @@ class History:
             self.go_back(number, True)
         for number in self.kept()[-3:]:
             self.go_back(number, True)
+        for _ in range(3 if self.has_injector else 0):
+            self.write_after_a_kill()
+
+    def write_after_a_kill(self):
+        """What the model foretells does not hold afterwards."""
+        self.hand()
+        seen = self.world.look()
+        file = "HOST/files/" + self.chance.choice(PLAIN + TEMPLATES)
+        words = self.chance.choice((("commit-config",), ("commit-config",), ("undo", "--force"),
+                                    ("rollback-config", "--force"), ("file", "restore", "--force", file),
+                                    ("param", "set", "--force", "--no-backup", file, "size", self.word())))
+        self.run(*words, fault=Fault("kill", self.chance.randrange(FIRST_KILL, LATEST_KILL)))
+        number = max(self.world.entries(), default=0)
+        left = self.world.look()
+        replaced = [name for name in seen if seen[name] and text(left[name]) != text(seen[name])]
+        for name in replaced:
+            if self.chance.random() < 0.7:
+                self.steps.append(f"# a hand changes {name}")
+                self.world.put(name, self.chance.choice((None, (0o644, 0, 0, (), b"another's\n"))))
+        self.settle()
+        for name in replaced:
+            shown = self.run("history", "show", "--show-secrets", str(number), "HOST/" + name)
+            self.require(shown.output.encode() == text(seen[name]),
+                         f"{name} held {text(seen[name])!r}, which entry {number} has not: {shown}")
 
 
 def play(options, seed, base):

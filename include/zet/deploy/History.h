@@ -31,6 +31,7 @@ struct HistoryFile {
     FileState after;
     bool isTextKeptBefore = false;
     bool isTextKeptAfter = false;
+    bool isEnded = true;       ///< false: it was not written yet
     bool isEdited = false;     ///< the text before was somebody else's work
     bool isSecret = false;     ///< its text must not be shown to everybody
     std::string templateName;  ///< set for a target; else empty

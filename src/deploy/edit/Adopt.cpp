@@ -60,6 +60,21 @@ Body BodyOf(const std::string& text, std::size_t linesBefore) {
     return {std::string(rest), linesBefore};
 }
 
+/// No commit is known to have written the file; `isUnusable`: since the history cannot be used.
+[[noreturn]] void FailOfUnknown(Deployment& product, const std::string& file, bool isUnusable = false) {
+    if (product.HostHistory().IsDenied())
+        throw Failure({.file = product.State().Store(),
+                       .text = Words("the history may not be read by this user, so that nobody can tell "
+                                     "what %s was made from",
+                                     file),
+                       .remedy = _("run the command as root")});
+    if (isUnusable)
+        throw Failure({.file = product.State().Store(),
+                       .text = Words("cannot be used, so that nobody can tell what %s was made from", file),
+                       .remedy = _("edit its working copy by hand, and commit")});
+    throw UsageError(Words("%s: is no committed target (\"status\" lists them)", file));
+}
+
 /// One adoption, while the lock is held.
 class Adopting {
   public:
@@ -76,6 +91,9 @@ class Adopting {
         RequireSoundTemplate();
         const KnownFiles all(m_product);
         const KnownFile* const known = all.Find(m_path);
+        // Another run may have taken the file back before this one got the lock.
+        if (known == nullptr || !known->state.knowledge.IsCommitted())
+            FailOfUnknown(m_product, m_path, all.IsUnusable());
         const Role role = NamedRoleOf(known, m_product.Role());
         const std::string edited = ReadFileBytes(m_path);
         const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
@@ -315,15 +333,7 @@ std::string TemplateToAdoptInto(Deployment& product, const std::string& file, co
     HostLists& lists = product.Lists();
     const std::string name = lists.NameOf(path);
     const std::optional<KnownFile> known = lists.CommittedFile(name);
-    if (!known || !known->state.knowledge.IsCommitted()) {
-        if (product.HostHistory().IsDenied())
-            throw Failure({.file = product.State().Store(),
-                           .text = Words("the history may not be read by this user, so that nobody can tell "
-                                         "what %s was made from",
-                                         file),
-                           .remedy = _("run the command as root")});
-        throw UsageError(Words("%s: is no committed target (\"status\" lists them)", file));
-    }
+    if (!known || !known->state.knowledge.IsCommitted()) FailOfUnknown(product, file);
     if (const Target* const target = lists.TargetNamed(name)) return target->templateName;
     RequireWhole(ReadTargetList(product));
     throw Failure(

@@ -22,34 +22,26 @@ namespace {
 
 /// True if the pattern selects an empty line of the file. The module's lookup returns the same for it as for
 /// none.
-bool SelectsEmptyLine(Deployment& product, const std::string& path, const std::string& pattern) {
-    if (!product.Core().MatchRegEx(pattern, "", nullptr, 0)) return false;
-    const std::string bytes = ReadFileBytes(path);
+bool SelectsEmptyLine(IZETCore& core, const std::string& bytes, const std::string& pattern) {
+    if (!core.MatchRegEx(pattern, "", nullptr, 0)) return false;
     const std::vector<Text::TextLine> lines = Text::SplitLines(bytes);
     return std::any_of(lines.begin(), lines.end(),
                        [](const Text::TextLine& line) { return line.text.empty(); });
 }
 
-std::optional<std::string> LineInSection(Deployment& product, const std::string& path,
-                                         const std::string& pattern, const std::string& section) {
-    const std::string bytes = ReadFileBytes(path);
-    const auto line = FirstSelected(product.Core(), pattern, PartOf(path, bytes, section).lines);
-    return line ? std::optional(Text::WithoutLineEnd(*line)) : std::nullopt;
+/// Where only the mark keeps the pattern from the first line, the line is there all the same.
+void RequireNoMarkBefore(IZETCore& core, const std::string& path, std::string_view lines,
+                         const std::string& pattern) {
+    if (!lines.starts_with(Text::kByteOrderMark)) return;
+    const std::string line(Text::TakeLine(lines).text);
+    if (!Selects(core, pattern, line) && Selects(core, pattern, line.substr(Text::kByteOrderMark.size())))
+        FailOfByteOrderMark(path, 1);
 }
 
 /// The text as the module gets it: a section has markers before it.
 std::string GivenText(const PartEdit& edit, const EditOptions& options) {
     const std::string markers = std::string(ZETNoticeMarker) + "\n" + ZETCommentEndMarker + "\n";
     return (options.section ? markers : "") + std::string(edit.Part().lines);
-}
-
-/// Where only the mark keeps the pattern from the first line, another one would be added to it.
-void RequireNoMarkBefore(IZETCore& core, const PartEdit& edit, const std::string& pattern) {
-    std::string_view lines = edit.Part().lines;
-    if (!lines.starts_with(Text::kByteOrderMark)) return;
-    const std::string line(Text::TakeLine(lines).text);
-    if (!Selects(core, pattern, line) && Selects(core, pattern, line.substr(Text::kByteOrderMark.size())))
-        FailOfByteOrderMark(edit.Path(), 1);
 }
 
 /// Where only its carriage return keeps the pattern from a line, another one would be added to it.
@@ -72,12 +64,15 @@ void RequireNoReturnBehindLine(IZETCore& core, const std::string& path, const st
                        .remedy = _(kPatternForReturn)});
 }
 
-std::optional<std::string> LineInFile(Deployment& product, const std::string& path,
-                                      const std::string& pattern) {
-    const auto file = OpenedFile(product, path, true);
-    const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
-    if (line.empty() && !SelectsEmptyLine(product, path, pattern)) return std::nullopt;
-    return Text::WithoutLineEnd(line);
+std::optional<std::string> LineInSection(Deployment& product, const std::string& path,
+                                         const std::string& pattern, const std::string& section) {
+    const std::string bytes = ReadFileBytes(path);
+    const FilePart part = PartOf(path, bytes, section);
+    if (const auto line = FirstSelected(product.Core(), pattern, part.lines))
+        return Text::WithoutLineEnd(*line);
+    RequireNoMarkBefore(product.Core(), path, part.lines, pattern);
+    RequireNoReturnBehind(product.Core(), path, pattern, part);
+    return std::nullopt;
 }
 
 }  // namespace
@@ -85,13 +80,15 @@ std::optional<std::string> LineInFile(Deployment& product, const std::string& pa
 std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern,
                                    const std::optional<std::string>& section) {
     RequireSectionName(section);
-    const auto line =
-        section ? LineInSection(product, path, pattern, *section) : LineInFile(product, path, pattern);
-    if (!line) {
-        const std::string bytes = ReadFileBytes(path);
-        RequireNoReturnBehind(product.Core(), path, pattern, PartOf(path, bytes, section));
-    }
-    return line;
+    if (section) return LineInSection(product, path, pattern, *section);
+    const auto file = OpenedFile(product, path, true);
+    const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
+    if (!line.empty()) return Text::WithoutLineEnd(line);
+    const std::string bytes = ReadFileBytes(path);
+    if (SelectsEmptyLine(product.Core(), bytes, pattern)) return line;
+    RequireNoMarkBefore(product.Core(), path, bytes, pattern);
+    RequireNoReturnBehind(product.Core(), path, pattern, PartOf(path, bytes, section));
+    return std::nullopt;
 }
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
@@ -102,7 +99,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     RequireSectionName(options.section);
     PartEdit edit(product, file, options);
     edit.ReadAll();
-    RequireNoMarkBefore(product.Core(), edit, pattern);
+    RequireNoMarkBefore(product.Core(), edit.Path(), edit.Part().lines, pattern);
     const std::string selection =
         PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
     RequireNoReturnBehind(product.Core(), edit.Path(), selection, edit.Part());

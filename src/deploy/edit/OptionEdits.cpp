@@ -123,13 +123,22 @@ void LeaveUnsafeDirectory(Deployment& product, const std::string& name, const st
         product.UpdateParam(name, next);
 }
 
-FileOutcome EditMainFile(Deployment& product, const FileEdit::Operation& operation) {
+/// What an edit makes of a parameter.
+struct OptionEdit {
+    const std::string& name;
+    std::optional<std::string> value;  ///< the one that counts then; none: the same
+    FileEdit::Operation operation;
+};
+
+FileOutcome EditMainFile(Deployment& product, const OptionEdit& option) {
     // No text of the system's own gets into this file, so an edit can also correct a language that the host
     // does not have.
     const ParamOverride language(product.Core(), kLanguage, "C");
     FileEdit edit(product, product.ConfigFile(), FileInPlace::Access::ByPath);
+    // Another run may have committed something before this one got the lock.
+    if (option.value) RequireLastingDirectory(product, option.name, *option.value);
     LookAtBlocks(product, {product.ConfigFile(), edit.Path()});
-    return edit.Make(operation, true,
+    return edit.Make(option.operation, true,
                      [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
 }
 
@@ -141,16 +150,16 @@ bool IsOfHistory(Deployment& product, const Failure& failure) {
 }
 
 /// An unusable history keeps all other edits from being made, and this one is the way out.
-FileOutcome EditToEndHistory(Deployment& product, const FileEdit::Operation& operation) {
+FileOutcome EditToEndHistory(Deployment& product, const OptionEdit& option) {
     std::string reason;
     try {
-        return EditMainFile(product, operation);
+        return EditMainFile(product, option);
     } catch (const Failure& failure) {
         if (!IsOfHistory(product, failure)) throw;
         reason = failure.what();
     }
     const ParamOverride none(product.Core(), kHistory, "no");
-    FileOutcome outcome = EditMainFile(product, operation);
+    FileOutcome outcome = EditMainFile(product, option);
     product.Out().Warning(Words("what is changed is not recorded: %s", reason));
     return outcome;
 }
@@ -203,9 +212,10 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     RequireSoundDirectory(product, name, value);
     RequireValueForTemplates(product, name, value);
     LeaveUnsafeDirectory(product, name, value);
-    const auto set = [&](const std::string& path) { SetLines(product, path, name, value); };
+    const OptionEdit edit{name, value,
+                          [&](const std::string& path) { SetLines(product, path, name, value); }};
     const bool endsHistory = name == kHistory && !FlagOfParam(name, value).value_or(true);
-    FileOutcome outcome = endsHistory ? EditToEndHistory(product, set) : EditMainFile(product, set);
+    FileOutcome outcome = endsHistory ? EditToEndHistory(product, edit) : EditMainFile(product, edit);
     if (const auto below = product.Values().GivenBelowMain(name))
         product.Out().Remark(
             Words("%s of %s:%s does not count any more", name, below->file, std::to_string(below->line)));
@@ -216,15 +226,17 @@ FileOutcome UnsetOption(Deployment& product, const std::string& name) {
     RequireChangeable(name);
     const std::optional<GivenParameter> below = product.Values().GivenBelowMain(name);
     const std::vector<GivenParameter>& given = product.Values().GivenByMain();
+    std::optional<std::string> next;
     if (FindGiven(given, name) != nullptr) {
         const auto known = KnownParameter(name);
-        const std::string next = below ? below->value : known ? known->value : "";
-        RequireLastingDirectory(product, name, next);
-        LeaveUnsafeDirectory(product, name, next);
+        next = below ? below->value : known ? known->value : "";
+        RequireLastingDirectory(product, name, *next);
+        LeaveUnsafeDirectory(product, name, *next);
     }
-    FileOutcome outcome = EditMainFile(product, [&](const std::string& path) {
+    const auto unset = [&](const std::string& path) {
         SaveOwnText(path, WithoutLines(ReadFileBytes(path), name), ModeOf(path));
-    });
+    };
+    FileOutcome outcome = EditMainFile(product, {name, next, unset});
     if (below)
         product.Out().Remark(Words("%s of %s:%s counts now", name, below->file, std::to_string(below->line)));
     return outcome;

@@ -69,23 +69,36 @@ struct ReserveWork {
         });
     }
 
-    /// `after` is the state that the file is going to have; none if it stays as it is.
+    /// `after` is the state that the file is going to have; none if it stays as it is. A dry run only tells
+    /// what would be lost.
     template <typename Work>
     void Recorded(ExpectedFile::Companions companions, const std::optional<CapturedFile>& after, Work work) {
-        Writing::Begin();
         Recording recording(product, Recording::Use::OfFiles, writing.Records(), purpose);
         ExpectedFile expected;
         expected.path = path;
         expected.place = &place;
         expected.companions = companions;
         expected.after = after;
-        expected.wasEdited = after && recording.IsOn() && HoldsOthersWork(product, path);
-        if (after && recording.IsOn() && !product.Lists().IsCommitted(product.Lists().NameOf(path)))
-            ExpectOriginal(expected);
+        const bool isRecorded = IsDryRun() ? writing.Records() : recording.IsOn();
+        expected.wasEdited = after && isRecorded && HoldsOthersWork(product, path);
+        if (after && recording.IsOn() && !IsCommitted()) ExpectOriginal(expected);
         recording.Expect(expected);
+        if (IsDryRun()) return;
+        Writing::Begin();
         recording.Begin();
         work();
         recording.Complete();
+    }
+
+    /// A damaged history keeps no file from going back, and then the recording does without it, too.
+    bool IsCommitted() const {
+        try {
+            return product.Lists().IsCommitted(product.Lists().NameOf(path));
+        } catch (const Failure& failure) {
+            if (product.HostHistory().IsNeeded(purpose)) throw;
+            product.HostHistory().TellUnusable(failure);
+            return true;
+        }
     }
 
     /// The history is to know nothing of the file any more, even if the file stays as it was.
@@ -118,7 +131,7 @@ FileOutcome RecordAbsence(ReserveWork& work) {
     if (work.hasAbsence)
         return work.Result(Result::Unchanged,
                            Words("that there is no such file is recorded already, as %s", work.absence));
-    if (!work.IsDryRun()) work.Reserve();
+    work.Reserve();
     return work.Result(Result::Reserved, Words("there is no such file, recorded as %s", work.absence));
 }
 
@@ -152,7 +165,7 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
                            Words("there was no such file before, as %s records", work.absence));
     work.outcome.diff = DiffToShow(product, "", work.path, work.path, work.reserve);
     work.outcome.reserve = work.reserve;
-    if (!work.IsDryRun()) work.Reserve();
+    work.Reserve();
     return work.Result(Result::Reserved, Words("kept as %s", work.reserve));
 }
 
@@ -169,12 +182,10 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file, const Edit
         for (const std::string& path : {work.path, work.reserve})
             RequireReplaceable(path);
     }
-    if (!work.IsDryRun()) {
-        std::optional<CapturedFile> after;
-        if (work.hasReserve) after = Capture(product, work.reserve);
-        work.Recorded(ExpectedFile::Companions::MayGo, after,
-                      [&] { RestoreOriginal(product, work.place, work.version); });
-    }
+    std::optional<CapturedFile> after;
+    if (work.hasReserve) after = Capture(product, work.reserve);
+    work.Recorded(ExpectedFile::Companions::MayGo, after,
+                  [&] { RestoreOriginal(product, work.place, work.version); });
     work.outcome.reserve = "";
     if (work.hasReserve) return work.Result(Result::Restored, Words("from %s", work.reserve));
     return work.Result(
@@ -190,12 +201,9 @@ FileOutcome ForgetReserve(Deployment& product, const std::string& file, const Ed
     if (!work.hasReserve && !work.hasAbsence) return work.WithoutReserve(_("it has no reserve"));
     CommitGuard(product, work.path, options).RequireNoLines();
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
-    if (!work.IsDryRun()) {
-        work.Recorded(ExpectedFile::Companions::MayGo, std::nullopt, [&] {
-            work.place.Within(
-                [&](const std::string& name) { product.Config().RemoveConfigFileReserve(name); });
-        });
-    }
+    work.Recorded(ExpectedFile::Companions::MayGo, std::nullopt, [&] {
+        work.place.Within([&](const std::string& name) { product.Config().RemoveConfigFileReserve(name); });
+    });
     work.outcome.reserve = "";
     return work.Result(Result::Forgotten, _("its reserve is dropped"));
 }

@@ -112,7 +112,8 @@ HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
     told.result = ResultOf(file.before, file.after);
     told.before = StateOfRecorded(file.before);
     // An entry may have recorded only that the file was going to exist, and nothing else of it.
-    if (file.IsPlanned()) told.after = StateOfRecorded(file.after);
+    told.isEnded = file.IsPlanned();
+    if (told.isEnded) told.after = StateOfRecorded(file.after);
     told.isTextKeptBefore = file.before.text.has_value();
     told.isTextKeptAfter = file.after.text.has_value();
     told.isEdited = file.wasEdited;
@@ -122,6 +123,12 @@ HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
     }
     const std::string& name = file.after.knowledge.templateName;
     told.templateName = name.empty() ? file.before.knowledge.templateName : name;
+    return told;
+}
+
+HistoryFile ToldFileOf(const HistoryReader& reader, std::int64_t number, const RecordedFile& file) {
+    HistoryFile told = ToldFile(reader, file);
+    if (!told.isEnded && reader.IsToRemove(number, file.path)) told.result = FileOutcome::Result::Removed;
     return told;
 }
 
@@ -163,7 +170,7 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
         entries.push_back(ToldEntry(reader, entry));
         for (const RecordedFile& each : reader.FilesOf(entry.number)) {
             if (file.empty() || std::find(wanted.begin(), wanted.end(), each.path) != wanted.end())
-                entries.back().files.push_back(ToldFile(reader, each));
+                entries.back().files.push_back(ToldFileOf(reader, entry.number, each));
         }
     }
     return entries;
@@ -173,7 +180,7 @@ HistoryEntry ShowEntry(Deployment& product, std::int64_t number) {
     const HistoryReader reader(product);
     HistoryEntry told = ToldEntry(reader, reader.Entry(number));
     for (const RecordedFile& file : reader.FilesOf(number))
-        told.files.push_back(ToldFile(reader, file));
+        told.files.push_back(ToldFileOf(reader, number, file));
     return told;
 }
 

@@ -20,6 +20,9 @@ std::vector<std::string> PathsOf(const HistoryReader& reader, std::int64_t numbe
 /// `file` may have the states of any two instants, not only those of one entry.
 HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file);
 
+/// The same for what the entry did to it.
+HistoryFile ToldFileOf(const HistoryReader& reader, std::int64_t number, const RecordedFile& file);
+
 /// All entries, or only those of `file`, which then list nothing but that file and its companions.
 std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& file, std::size_t count);
 HistoryEntry ShowEntry(Deployment& product, std::int64_t number);

@@ -42,7 +42,7 @@ class Exporter {
         : m_reader(reader), m_stream(stream, kBranch), m_domain(reader.Product().Core().GetDomainName()) {}
 
     /// Reads of one moment what was done, and then text by text: the reader of the stream may take his time,
-    /// and nobody is to wait for him.
+    /// and nobody is to wait for him. (Only where a directory was moved, all is of one moment.)
     void Export() {
         std::vector<Change> changes;
         for (const RecordedEntry& entry : m_reader.Entries())

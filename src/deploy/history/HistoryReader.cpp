@@ -78,6 +78,11 @@ std::optional<RecordedFile> HistoryReader::ChangeIn(std::int64_t number, const s
     return file ? std::optional(AsDone(number, std::move(*file))) : std::nullopt;
 }
 
+bool HistoryReader::IsToRemove(std::int64_t number, const std::string& name) const {
+    const std::optional<RecordedFile> file = m_store->ChangeIn(number, name);
+    return file && !file->after.exists;
+}
+
 RecordedFile HistoryReader::AsDone(std::int64_t number, RecordedFile file) const {
     if (!m_open.contains(number)) return file;
     const std::string path = PathOf(file.path);

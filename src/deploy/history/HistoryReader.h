@@ -45,6 +45,9 @@ class HistoryReader {
     /// What the entry did to the file of that name; none if it did nothing.
     std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& name) const;
 
+    /// Whether the entry was to remove the file of that name.
+    bool IsToRemove(std::int64_t number, const std::string& name) const;
+
     /// The name, inside the root, under which the history knows the file at this path. Throws a `UsageError`
     /// if it does not know the file.
     std::string NameOf(const std::string& file) const;
@@ -75,7 +78,8 @@ class HistoryReader {
 
     std::string PathOf(const std::string& name) const { return m_product.HostPaths().FromInside(name); }
 
-    /// From now on, what others record meanwhile is seen, and nobody waits for this reader.
+    /// From now on, what others record meanwhile is seen, and nobody waits for this reader. Where a directory
+    /// was moved, that is only so once the store is closed.
     void EndLook() { m_look.reset(); }
 
     /// While the result lives, nothing changes that is read. To be called only after `EndLook`.

@@ -1,5 +1,6 @@
 #include "deploy/state/CutShort.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <vector>
@@ -13,6 +14,11 @@
 namespace ZET::Deploy {
 
 namespace {
+
+bool HoldsTexts(const std::vector<RecordedFile>& files) {
+    return std::any_of(files.begin(), files.end(),
+                       [](const RecordedFile& file) { return file.before.text.has_value(); });
+}
 
 /// The entries of one host whose runs were killed.
 class CutShortEntries {
@@ -33,14 +39,15 @@ class CutShortEntries {
         for (const RecordedFile& file : files) {
             const std::string path = m_host.HostPaths().FromInside(file.path);
             if (!m_host.HostPaths().StaysInside(path)) {
-                settlement.untouched.push_back(file.path);
+                SettleUnseen(file, settlement);
                 continue;
             }
             m_paths.insert(path);
             Settle(file, path, settlement);
         }
+        // What it has of former texts was promised to be kept.
+        settlement.keepsEntry = m_host.HostHistory().KeepsTexts() || HoldsTexts(files);
         m_store.Close(entry.number, EntryOutcome::CutShort, settlement);
-        if (!m_host.HostHistory().KeepsTexts()) m_store.Drop(entry.number);
     }
 
     /// Left-overs of a companion, which may have been written alone, are looked for with those of its file.
@@ -58,7 +65,7 @@ class CutShortEntries {
         try {
             SettleFile(PlanOf(file), Capture(m_host, path), Ending::Unknown, settlement);
         } catch (const Failure& failure) {
-            settlement.untouched.push_back(file.path);
+            SettleUnseen(file, settlement);
             m_host.Out().Warning(failure.what());
         }
     }

@@ -17,18 +17,20 @@
 #include "deploy/state/Lock.h"
 #include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreFile.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-/// Of a parameter that is no number, its default: the check of the parameters tells it.
+/// Of a parameter that is no number, or one that is too large, its default: the check of the parameters tells
+/// it.
 template <typename Number>
 Number NumberOf(Host& host, const char* key, Number otherwise) {
     const std::string text = host.Param(key);
     Number number = otherwise;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() ? number : otherwise;
+    if (!ProblemOfParam(key, text)) std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
 }
 
 }  // namespace

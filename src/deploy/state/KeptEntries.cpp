@@ -1,5 +1,6 @@
 #include "deploy/state/KeptEntries.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -12,7 +13,8 @@ namespace ZET::Deploy {
 
 std::int64_t LastNumberOf(Store& store) {
     const std::vector<RecordedEntry> newest = store.Entries(1);
-    return newest.empty() ? store.LastPruned() : newest.front().number;
+    // Kept edits may be older than what was pruned.
+    return std::max(newest.empty() ? 0 : newest.front().number, store.LastPruned());
 }
 
 void FailOfNothingRecorded(std::int64_t number) {

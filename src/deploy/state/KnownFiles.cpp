@@ -1,5 +1,7 @@
 #include "deploy/state/KnownFiles.h"
 
+#include <utility>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/CapturedFile.h"
@@ -26,11 +28,17 @@ KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
 }
 
 void KnownFiles::Read(Store& store) {
-    for (KnownFile& file : store.KnownFiles())
-        m_files.emplace(file.path, std::move(file));
-    for (const RecordedEntry& entry : store.OpenEntries())
-        for (const RecordedFile& file : store.FilesOf(entry.number))
-            if (file.IsPlanned() && file.kind != FileKind::Companion) Settle(file, entry.number);
+    std::vector<std::pair<std::int64_t, RecordedFile>> open;
+    {
+        const auto look = store.LookUnlessOpen();
+        for (KnownFile& file : store.KnownFiles())
+            m_files.emplace(file.path, std::move(file));
+        for (const RecordedEntry& entry : store.OpenEntries())
+            for (RecordedFile& file : store.FilesOf(entry.number))
+                open.emplace_back(entry.number, std::move(file));
+    }
+    for (const auto& [entry, file] : open)
+        if (file.IsPlanned() && file.kind != FileKind::Companion) Settle(file, entry);
 }
 
 /// A file that cannot be looked at stays as it is known.
@@ -45,7 +53,7 @@ void KnownFiles::Settle(const RecordedFile& file, std::int64_t entry) {
     } catch (const Failure&) {
         return;
     }
-    if (!settlement.untouched.empty()) return;
+    if (!settlement.untouched.empty() || !settlement.unclear.empty()) return;
     const std::vector<FileToRecord>& settled =
         settlement.known.empty() ? settlement.changed : settlement.known;
     const RecordedState& state = settled.empty() ? file.after : settled[0].file.after;

@@ -43,7 +43,7 @@ bool IsUnseen(Host& host, const std::string& path) {
     if (store == nullptr) return true;
     const std::string name = host.HostPaths().NameOfReal(path);
     const auto isSeen = [&](const std::string& each) {
-        return store->Known(each).has_value() || !store->ChangesOf(each).empty();
+        return store->Known(each).has_value() || store->FirstChangeAfter(each, 0).has_value();
     };
     return !isSeen(name) && !isSeen(name + ZETReserveSuffix) && !isSeen(name + ZETAbsenceSuffix);
 }

@@ -33,6 +33,18 @@ void KeepKnownAs(const FileToRecord& planned, Settlement& settlement) {
     settlement.known.push_back(std::move(known));
 }
 
+/// Whether a text that was there before may have been replaced by what the command was going to write.
+bool MayBeReplaced(const RecordedFile& file) {
+    if (file.kind == FileKind::Companion) return file.before.exists;
+    return file.kind != FileKind::Status && file.IsPlanned() && !HaveSameText(file.before, file.after);
+}
+
+/// Whether what is there tells nothing of the command. A companion is its work in any case.
+bool IsUnclear(const RecordedFile& file, const CapturedFile& now) {
+    return file.kind != FileKind::Companion && MayBeReplaced(file) && !HaveSameText(now.state, file.before) &&
+           !HaveSameText(now.state, file.after);
+}
+
 /// Whether the file was known already by `knownAs` or, without that, by what was there before.
 bool IsKnownSo(const FileToRecord& planned) {
     const RecordedFile& file = planned.file;
@@ -51,6 +63,7 @@ FileToRecord PlanOf(const RecordedFile& file) {
 
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
     const RecordedFile& file = planned.file;
+    if (IsUnclear(file, now)) return settlement.unclear.push_back(file.path);
     const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
     const bool isUntouched = now.IsAs(file.before) || !IsOfTheCommand(file, now, ending);
     if (isAsWanted && (ending != Ending::Unknown || !isUntouched)) KeepKnownAs(planned, settlement);
@@ -64,6 +77,10 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
     }
     const bool isAsPlanned = file.IsPlanned() && now.IsAs(file.after);
     if (!isAsPlanned) settlement.changed.push_back(AsItIs(planned, now));
+}
+
+void SettleUnseen(const RecordedFile& file, Settlement& settlement) {
+    (MayBeReplaced(file) ? settlement.unclear : settlement.untouched).push_back(file.path);
 }
 
 }  // namespace ZET::Deploy

@@ -17,8 +17,12 @@ enum class Ending {
 FileToRecord PlanOf(const RecordedFile& file);
 
 /// Finds out by content what became of a file that was going to be written. What is neither as it was before
-/// nor as it was going to be is somebody else's work.
+/// nor as it was going to be is somebody else's work. It does not tell whether the file was written before,
+/// so the entry keeps what it may have replaced.
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement);
+
+/// The same for a file that cannot be looked at.
+void SettleUnseen(const RecordedFile& file, Settlement& settlement);
 
 }  // namespace ZET::Deploy
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <list>
 #include <map>
+#include <memory>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
@@ -217,6 +218,11 @@ Store& StoreToLookIn(Deployment& product) {
                    .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
 }
 
+/// In a dry run, others may record and prune meanwhile: all that is read is of one moment.
+std::unique_ptr<Database::Transaction> LookIfTrial(Deployment& product, Store& store) {
+    return product.Wanted().dryRun ? store.LookUnlessOpen() : nullptr;
+}
+
 RecordedChanges ChangesSince(Store& store, std::int64_t number) {
     RecordedChanges changes;
     for (const RecordedEntry& entry : EntriesAfter(store, number))
@@ -276,6 +282,7 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     if (!options.entry) RequireLastTold(product);
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
     Store& store = StoreToLookIn(product);
+    const auto look = LookIfTrial(product, store);
     const RecordedEntry entry = EntryToUndo(store, options, product.Wanted().dryRun);
     UndoResult result;
     result.undone = entry.number;
@@ -296,6 +303,7 @@ UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToO
     StoreToLookIn(product);
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
     Store& store = StoreToLookIn(product);
+    const auto look = LookIfTrial(product, store);
     KeptEntry(store, entry);
     RequireAllKeptAfter(store, entry, ZET_TEXT("go back to one from %s on"));
     UndoResult result;

@@ -115,6 +115,42 @@ TEST_F(CutShortTest, WhatSomebodyElseWroteMeanwhileIsNotItsWork) {
     EXPECT_EQ(Read("out/a"), "of somebody else");
 }
 
+TEST_F(CutShortTest, WhatItMayHaveReplacedIsKeptBeforeSomebodyElsesWork) {
+    for (const bool isThere : {true, false}) {
+        Write("out/a", "old");
+        RecordOfKilledRun("out/a", "new");
+        if (isThere)
+            Write("out/a", "of somebody else");
+        else
+            fs::remove(At("out/a"));
+        Clear();
+        const auto change = TheStore().ChangeIn(m_number, At("out/a"));
+        ASSERT_TRUE(change && change->before.text);
+        EXPECT_EQ(TheStore().Text(*change->before.text), "old");
+        EXPECT_FALSE(TheStore().Known(At("out/a")));
+    }
+}
+
+TEST_F(CutShortTest, ReserveThatItMayHaveDroppedIsKeptWhenALinkTakesItsName) {
+    Write("out/a.before_zet", "original");
+    RecordOfKilledRun("out/a.before_zet", std::nullopt, FileKind::Companion);
+    fs::remove(At("out/a.before_zet"));
+    fs::create_symlink("elsewhere", At("out/a.before_zet"));
+    Clear();
+    const auto change = TheStore().ChangeIn(m_number, At("out/a.before_zet"));
+    ASSERT_TRUE(change && change->before.text);
+    EXPECT_EQ(TheStore().Text(*change->before.text), "original");
+}
+
+TEST_F(CutShortTest, WhatItWasNotYetGoingToWriteIsUntouchedWhateverIsThere) {
+    Write("out/a", "old");
+    RecordOfKilledRun("out/a");
+    fs::remove(At("out/a"));
+    fs::create_symlink("elsewhere", At("out/a"));
+    Clear();
+    EXPECT_FALSE(TheStore().Find(m_number));
+}
+
 TEST_F(CutShortTest, OnlyABeginOfTheTextThatWasToBeWrittenIsRemoved) {
     Write("out/a", "old");
     RecordOfKilledRun("out/a", "the new text");

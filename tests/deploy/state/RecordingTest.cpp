@@ -94,6 +94,33 @@ TEST_F(RecordingTest, WhatSomebodyHadWrittenStaysHisHoweverTheCommandEnds) {
         EXPECT_EQ(TheHost().HostHistory().ToRecord().Known(At(name))->state.size, 4U) << name;
 }
 
+/// Another program may write a file right after the command did.
+TEST_F(RecordingTest, WhatWasReplacedIsKeptHoweverTheCommandEnds) {
+    UseHistory("yes");
+    for (const Ending ending : {Ending::Done, Ending::DoneInPart, Ending::Unknown}) {
+        const std::string name = "out/" + std::to_string(static_cast<int>(ending));
+        Commit(name, Role::Client);
+        const RecordedState left = TheHost().HostHistory().ToRecord().Known(At(name))->state;
+        Write(name, "precious");
+        std::int64_t entry = 0;
+        {
+            Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+            ExpectedFile file = Expected(name);
+            file.after = CapturedFile();
+            recording.Expect(file);
+            recording.Begin();
+            entry = *recording.Number();
+            Write(name, "of another program");
+            if (ending != Ending::Unknown) recording.Complete(ending);
+        }
+        Store& store = TheHost().HostHistory().ToRecord();
+        const auto change = store.ChangeIn(entry, At(name));
+        ASSERT_TRUE(change && change->before.text) << name;
+        EXPECT_EQ(store.Text(*change->before.text), "precious");
+        EXPECT_EQ(store.Known(At(name))->state, left);
+    }
+}
+
 TEST_F(RecordingTest, WhoGoesBackGoesOnWithoutAStoreThatCannotBeLookedAt) {
     UseHistory("yes");
     Write("out/a", "former");

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 
 #include "deploy/host/Failure.h"
 #include "deploy/state/store/StoreFile.h"
@@ -67,6 +69,30 @@ TEST_F(StoreTest, AFileIsKnownAsTheLastEntryLeftIt) {
     EXPECT_FALSE(store.Known("/etc/x"));
 }
 
+TEST_F(StoreTest, WhatOthersDropDuringALookIsNoDamage) {
+    Opened();
+    std::atomic<bool> isOver = false;
+    std::thread others([&] {
+        Store store = Opened();
+        for (int i = 0; i < 300; ++i)
+            store.Drop(store.Open(Entry(), {File("/etc/x", "1", "2")}));
+        isOver = true;
+    });
+    Store store(Name(), Store::Access::Look);
+    std::string told;
+    while (!isOver && told.empty()) {
+        try {
+            store.OpenEntries();
+            store.Entries(10);
+            store.EntriesOf("/etc/x");
+        } catch (const Failure& failure) {
+            told = failure.what();
+        }
+    }
+    others.join();
+    EXPECT_EQ(told, "");
+}
+
 TEST_F(StoreTest, AnOpenEntryIsNotKnownYet) {
     Store store = Opened();
     store.Open(Entry(), {File("/etc/x", "1", "2")});
@@ -77,7 +103,7 @@ TEST_F(StoreTest, WhatTurnedOutOtherwiseReplacesWhatWasPlanned) {
     Store store = Opened();
     const std::int64_t number =
         store.Open(Entry(), {File("/etc/x", "1", "planned"), File("/etc/y", "1", "2")});
-    store.Close(number, EntryOutcome::Done, {{File("/etc/x", "1", "became")}, {}, {}});
+    store.Close(number, EntryOutcome::Done, {{File("/etc/x", "1", "became")}, {}, {}, {}});
     const std::vector<RecordedFile> files = store.FilesOf(number);
     EXPECT_EQ(store.Text(files[0].after.text.value()), "became");
     EXPECT_EQ(store.Text(files[0].before.text.value()), "1");
@@ -113,13 +139,13 @@ TEST_F(StoreTest, AReserveGetsTheFormerTextOfItsOwnFile) {
 TEST_F(StoreTest, FilesThatStayedAsTheyWereLeaveTheEntry) {
     Store store = Opened();
     const std::int64_t number = store.Open(Entry(), {File("/etc/x", "1", "2"), File("/etc/y", "1", "2")});
-    store.Close(number, EntryOutcome::Failed, {{}, {"/etc/y"}, {}});
+    store.Close(number, EntryOutcome::Failed, {{}, {"/etc/y"}, {}, {}});
     ASSERT_EQ(store.FilesOf(number).size(), 1u);
     EXPECT_EQ(store.FilesOf(number)[0].path, "/etc/x");
     EXPECT_FALSE(store.Known("/etc/y"));
     EXPECT_EQ(store.Find(number)->outcome, EntryOutcome::Failed);
     const std::int64_t nothing = store.Open(Entry(), {File("/etc/y", "1", "2")});
-    store.Close(nothing, EntryOutcome::Failed, {{}, {"/etc/y"}, {}});
+    store.Close(nothing, EntryOutcome::Failed, {{}, {"/etc/y"}, {}, {}});
     EXPECT_FALSE(store.Find(nothing));
 }
 

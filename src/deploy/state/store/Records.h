@@ -119,7 +119,8 @@ struct FileToRecord {
 /// How the files of an entry turned out.
 struct Settlement {
     std::vector<FileToRecord> changed;   ///< those that are not as was planned
-    std::vector<std::string> untouched;  ///< those that are as they were before
+    std::vector<std::string> untouched;  ///< those that the command did not write
+    std::vector<std::string> unclear;    ///< those of which nobody can tell: they stay known as before
     std::vector<FileToRecord> known;     ///< those that are not known as what they are
     bool keepsEntry = true;              ///< false: records only what is known of the files now
 };

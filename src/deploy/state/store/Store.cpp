@@ -1,5 +1,6 @@
 #include "deploy/state/store/Store.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -24,6 +25,10 @@ constexpr std::size_t kManyFiles = 200;
 /// The greatest number that an entry ever had.
 std::int64_t LastGiven(Database& database) {
     return FirstNumber(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
+}
+
+bool Contains(const std::vector<std::string>& paths, const std::string& path) {
+    return std::find(paths.begin(), paths.end(), path) != paths.end();
 }
 
 void Know(Database& database, const KnownFile& file) {
@@ -168,7 +173,9 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
             DeleteFileOf(*m_database, number, path);
-        const std::vector<LeftFile> left = FilesLeftBy(*m_database, number);
+        std::vector<LeftFile> left = FilesLeftBy(*m_database, number);
+        const bool isKept = settlement.keepsEntry && !left.empty();
+        std::erase_if(left, [&](const LeftFile& file) { return Contains(settlement.unclear, file.path); });
         KnowAsLeft(*m_database, left, number);
         for (const FileToRecord& file : settlement.known)
             RememberOne(file);
@@ -177,7 +184,6 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         entry.ended = CoarseNow();
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
-        const bool isKept = settlement.keepsEntry && !left.empty();
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();

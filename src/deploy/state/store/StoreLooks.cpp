@@ -4,11 +4,13 @@
 #include "deploy/state/store/Store.h"
 #include "deploy/state/store/StoreGuard.h"
 
-/// The calls that read the store.
+/// The calls that read the store. Where one reads several rows, others may remove some of them meanwhile,
+/// which is no damage.
 namespace ZET::Deploy {
 
 std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
     return Guarded([&] {
+        const auto look = LookUnlessOpen();
         std::vector<RecordedEntry> entries;
         for (const std::int64_t number : Numbers(
                  *m_database,
@@ -21,6 +23,7 @@ std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::
 
 std::vector<RecordedEntry> Store::EntriesOf(const std::string& path) {
     return Guarded([&] {
+        const auto look = LookUnlessOpen();
         std::vector<RecordedEntry> entries;
         for (const std::int64_t number : Numbers(
                  *m_database, "SELECT DISTINCT entry FROM files WHERE path = ? ORDER BY entry DESC", {path}))
@@ -31,6 +34,7 @@ std::vector<RecordedEntry> Store::EntriesOf(const std::string& path) {
 
 std::vector<RecordedEntry> Store::OpenEntries() {
     return Guarded([&] {
+        const auto look = LookUnlessOpen();
         std::vector<RecordedEntry> entries;
         for (const std::int64_t number :
              Numbers(*m_database, "SELECT number FROM entries WHERE outcome = 0 ORDER BY number"))
