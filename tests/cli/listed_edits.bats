@@ -503,3 +503,38 @@ assert_told() {
         cmp out/plain before
     done
 }
+
+@test "a file of the lists that cannot be read keeps nothing else from being told" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    rm out/plain
+    mkdir out/plain
+    echo edited >>out/one.conf
+    run_zet status
+    assert_status 1
+    [[ $output == *"$HOST/out/one.conf: edited"*"$HOST/out/plain: line a: unknown"*$'\n1 edited; edits: 2 unknown\n' ]]
+    run_zet status --format openmetrics
+    assert_status 1
+    [[ $output == *'zet_targets{role="client",state="edited"} 1'* ]]
+    echo '${oops' >templates/one.conf
+    rm etc/one.conf
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is a directory (name a file in it)"* ]]
+    [[ $output == *"templates/one.conf"* ]]
+}
+
+@test "a file that the lists do not ask for any more, and that cannot be read, is a problem of its own" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    rm etc/targets.d/10.toml out/plain
+    ln -s plain out/plain
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: in sync"* ]]
+    [[ $stderr == *"$HOST/out/plain: "* ]]
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/out/plain: "*"nothing was changed"* ]]
+}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -166,6 +167,7 @@ class Finder {
     /// Null if the file is not there, and need not be.
     FileWithLines* FileOf(const ListedEdit& edit) {
         const std::string path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(edit.path));
+        m_asked.insert(path);
         const auto known = m_byPath.find(path);
         FileWithLines& file = known != m_byPath.end() ? m_found.files[known->second] : Look(path);
         if (file.named.empty()) file.named = edit.path;
@@ -209,9 +211,7 @@ class Finder {
         const KnownFile* const known = m_known.Find(path);
         file.isForgotten =
             known == nullptr && IsFileExist(path + ZETReserveSuffix) && IsUnseen(m_product, path);
-        Store* const store = m_product.HostHistory().ToLookIfUsable();
-        if (known != nullptr && store != nullptr)
-            file.remembered = LinesSetIn(*store, known->kind, known->state.knowledge);
+        file.remembered = RememberedLinesOf(path);
         m_byPath.emplace(path, m_found.files.size());
         m_found.files.push_back(std::move(file));
         return m_found.files.back();
@@ -219,18 +219,27 @@ class Finder {
 
     /// Adds a file in which lines were set, and no list asks for any. A target gets another text anyway.
     void AddRemembered(const std::string& path) {
-        if (m_byPath.contains(path) || TargetAt(m_product, path) != nullptr) return;
+        if (m_asked.contains(path)) return;
+        try {
+            if (!RememberedLinesOf(path).empty() && TargetAt(m_product, path) == nullptr) Look(path);
+        } catch (const Failure& failure) {
+            m_found.problems.push_back(ProblemOf(path, failure));
+        }
+    }
+
+    /// What commits have set in the file.
+    std::vector<RememberedLine> RememberedLinesOf(const std::string& path) {
         const KnownFile* const known = m_known.Find(path);
-        if (known == nullptr || !known->state.knowledge.base) return;
-        if (!Look(path).remembered.empty()) return;
-        m_byPath.erase(path);
-        m_found.files.pop_back();
+        Store* const store = m_product.HostHistory().ToLookIfUsable();
+        if (known == nullptr || store == nullptr) return {};
+        return LinesSetIn(*store, known->kind, known->state.knowledge);
     }
 
     Deployment& m_product;
     const KnownFiles& m_known;
     const Staging& m_staging;
     std::map<std::string, std::size_t> m_byPath;
+    std::set<std::string> m_asked;  ///< the files that the lists name, also those that are refused
     ListedLines m_found;
 };
 
