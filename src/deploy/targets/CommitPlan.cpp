@@ -244,7 +244,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     // A history that this user cannot read does not tell.
     planned.isNewToRole = !m_known->IsUnusable() &&
                           (known == nullptr || !known->state.knowledge.roles.contains(m_product.Role()));
-    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there)
+                                            : planned.hasCompanion && !m_product.HostHistory().IsDenied();
     if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&

@@ -281,15 +281,6 @@ std::int64_t StoreVersionOf(History& history) {
     return version;
 }
 
-void WarnOfDenied(Host& host) {
-    if (!host.HostHistory().IsDenied()) return;
-    const Problem denied = {
-        .file = host.State().Store(),
-        .text = _("may not be read, so that files edited in place, and what is left over, are not told"),
-        .remedy = _("run the command as a user who may")};
-    host.Out().Warning(denied.Describe());
-}
-
 }  // namespace
 
 TargetStates StatesOfTargets(Deployment& product) {
@@ -301,6 +292,8 @@ TargetStates StatesOfTargets(Deployment& product) {
     RequireWhole(list);
     WarnOfStrays(product.Out(), list);
     const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
+    product.HostHistory().TellDenied(
+        _("may not be read, so that files edited in place, and what is left over, are not told"));
     std::vector<Problem> problems;
     TargetStates states = LookAtAll(product, targets, problems);
     // What another command wrote meanwhile is not known to this look, and would be told as somebody's edit.
@@ -311,7 +304,6 @@ TargetStates StatesOfTargets(Deployment& product) {
     }
     for (const Problem& problem : problems)
         product.Out().Warning(problem.Describe());
-    WarnOfDenied(product);
     states.newerTemplates = NewerTemplates(product, targets);
     return states;
 }
