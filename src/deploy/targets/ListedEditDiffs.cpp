@@ -33,7 +33,7 @@ std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& know
     const ListedEdits edits(product, known, staging, ConfiguredOnEdit(product));
     for (const PlannedEdits& planned : edits.Files())
         AddDiff(states, planned.file.path, [&] { return edits.OutcomeOf(planned).diff; });
-    TakeBack takeBack(product, known, {});
+    TakeBack takeBack(product, known, {.isOfCommit = true});
     for (const std::string& path : edits.Emptied()) {
         AddDiff(states, path, [&] {
             TakeBackStep step{WrittenLines(product, path)};

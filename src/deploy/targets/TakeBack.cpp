@@ -149,7 +149,7 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             if (edit.isUnmarked)
                 edit.remark = WordsOfUnmarked(step.file, m_product.Wanted().dryRun, Force(step.file));
             DecideBlocks(step, std::move(edit.text), edit.remark);
-            step.isKept = edit.isUnmarked;
+            if (edit.isUnmarked) FailToTakeBack(step, step.file.path + ": " + edit.remark);
             break;
     }
     return true;

@@ -11,8 +11,14 @@ namespace ZET::Deploy {
 using Result = FileOutcome::Result;
 
 void TakeBack::Keep(TakeBackStep& step, const std::string& remark) const {
-    step.isKept = true;
     step.Tell(Result::Kept, remark);
+    FailToTakeBack(step, step.file.path + ": " + remark);
+}
+
+/// A commit leaves the file, and is no failure.
+void TakeBack::FailToTakeBack(TakeBackStep& step, const std::string& words) const {
+    step.isKept = true;
+    if (!m_ways.isOfCommit) m_product.Out().Error(words);
 }
 
 /// The words of the command or option that puts the file back all the same.
@@ -34,8 +40,10 @@ void TakeBack::KeepEdited(TakeBackStep& step) const {
         words = ZET_TEXT(
             "%s: may have been edited since it was committed, and stays (%s puts back what was there "
             "before)");
-    m_product.Out().Warning(Words(words, step.file.path, Force(step.file)));
-    Keep(step, remark);
+    const std::string told = Words(words, step.file.path, Force(step.file));
+    if (m_ways.isOfCommit) m_product.Out().Warning(told);
+    step.Tell(Result::Kept, remark);
+    FailToTakeBack(step, told);
 }
 
 bool TakeBack::MayBeOthers(const WrittenFile& file) const {
@@ -47,7 +55,7 @@ void TakeBack::KeepOthers(TakeBackStep& step) const {
     const std::string remark =
         Words("may have been committed by the role %s, too, and stays (%s puts it back)",
               RoleInWords(m_otherRole), Force(step.file));
-    m_product.Out().Warning(step.file.path + ": " + remark);
+    if (m_ways.isOfCommit) m_product.Out().Warning(step.file.path + ": " + remark);
     Keep(step, remark);
 }
 
