@@ -29,13 +29,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-void RequireAcceptance(Deployment& product, const Target& target, const std::string& path,
-                       const StagedText* staged) {
-    if (target.check.empty()) return;
-    const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged->File());
-    if (problem) throw Failure(*problem);
-}
-
 FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
     planned.after = planned.before;
     planned.after.links = 1;
@@ -204,8 +197,8 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     if (!SettleEdit(planned, onEdit)) return;
     if (planned.IsChange() && planned.before.exists && !m_product.Wanted().dryRun)
         planned.captured = there.Captured(m_longestText);
-    if (RunsOwnChecks(m_product.Wanted()))
-        RequireAcceptance(m_product, target, planned.path, planned.staged.get());
+    if (RunsOwnChecks(m_product.Wanted()) && !target.check.empty())
+        Append(m_checked.problems, OwnCheckProblem(m_product, target, planned.path, planned.staged->File()));
     m_targets.push_back(std::move(planned));
 }
 
