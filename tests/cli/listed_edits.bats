@@ -538,3 +538,28 @@ assert_told() {
     assert_status 1
     [[ $stderr == *"$HOST/out/plain: "*"nothing was changed"* ]]
 }
+
+@test "a line of which the history cannot be asked differs, whoever changed what" {
+    need_root
+    copy_programs
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    sed -i 's/b = 3/b = 4/' etc/targets.d/10.toml
+    sed -i 's/^a=.*/a=mine/' out/plain
+    run_zet status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["edited", "pending"]'
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --json
+    assert_status 3
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["differs", "differs"]'
+    # What root's commit would do is no problem of anybody's.
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config -n
+    assert_status 3
+    cp out/plain.before_zet out/plain
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["differs", "differs"]'
+    # What was never committed is not.
+    zet -q rollback-config --force
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["not committed", "not committed"]'
+}

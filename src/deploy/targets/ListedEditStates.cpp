@@ -23,9 +23,10 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                            [&](const std::string& each) { return each == text; });
     };
     const std::string selector = SelectorOf(line.edit);
-    if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : kNotCommitted;
+    const char* const unset = file.isUntold ? kDiffers : kNotCommitted;
+    if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : unset;
     if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text)))) return isOutside ? kEdited : kInSync;
-    if (!file.Remembers(selector)) return file.isForgotten ? kEdited : kNotCommitted;
+    if (!file.Remembers(selector)) return file.isForgotten ? kEdited : unset;
     const bool isAsLeft =
         std::any_of(file.remembered.begin(), file.remembered.end(),
                     [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });

@@ -211,6 +211,7 @@ class Finder {
         const KnownFile* const known = m_known.Find(path);
         file.isForgotten =
             known == nullptr && IsFileExist(path + ZETReserveSuffix) && IsUnseen(m_product, path);
+        file.isUntold = m_known.IsUnusable() && IsFileExist(m_product.State().Status(m_product.Role()));
         file.remembered = RememberedLinesOf(path);
         m_byPath.emplace(path, m_found.files.size());
         m_found.files.push_back(std::move(file));

@@ -35,6 +35,7 @@ struct FileWithLines {
     std::vector<RememberedLine> remembered;  ///< of both roles
     bool isThere = false;
     bool isForgotten = false;  ///< it has a reserve, and no history knows it
+    bool isUntold = false;     ///< nobody can tell what was set in it: the history cannot be read
     FileVersion version;
     FileState before;
     std::optional<CapturedFile> original{};  ///< of a former target: what was there before
