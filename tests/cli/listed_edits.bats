@@ -517,6 +517,13 @@ assert_told() {
     run_zet status --format openmetrics
     assert_status 1
     [[ $output == *'zet_targets{role="client",state="edited"} 1'* ]]
+    local told="$HOST/out/plain: its state cannot be told: $HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is a directory (name a file in it)"
+    [[ $stderr == *"error: $told"* ]]
+    run_zet -q status --changed
+    assert_status 1
+    [[ $stderr == *"error: $told"* ]]
+    run_zet status --json
+    assert_json 'd["errors"][0], len(d["errors"]), d["warnings"]' "[\"$told\", 2, []]"
     echo '${oops' >templates/one.conf
     rm etc/one.conf
     run_zet check-config
@@ -532,8 +539,9 @@ assert_told() {
     rm etc/targets.d/10.toml out/plain
     ln -s plain out/plain
     run_zet status
-    [[ $output == *"$HOST/out/one.conf: in sync"* ]]
-    [[ $stderr == *"$HOST/out/plain: "* ]]
+    assert_status 1
+    [[ $output == *"$HOST/out/one.conf: in sync"*"$HOST/out/plain: line a: unknown"* ]]
+    [[ $stderr == *"error: $HOST/out/plain: its state cannot be told: $HOST/out/plain: "* && $stderr != *warning* ]]
     run_zet commit-config
     assert_status 1
     [[ $stderr == *"$HOST/out/plain: "*"nothing was changed"* ]]

@@ -55,12 +55,18 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
         for (const LineToSet& line : file.lines)
             add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
-        for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
-            if (blocks.contains(line.line)) states.push_back({"", file.path, line.Chosen(), kPending, "", 0});
+        for (const RememberedLine& line : FormerLinesOf(file, product.Role())) {
+            if (!file.trouble.empty())
+                states.push_back({"", file.path, line.Chosen(), kUnknown, "", 0, {}, file.trouble});
+            else if (blocks.contains(line.line))
+                states.push_back({"", file.path, line.Chosen(), kPending, "", 0});
+        }
     }
-    for (const ListedEdit* const edit : lines.unset) {
+    for (const auto& [edit, why] : lines.unset) {
         const std::string path = product.HostPaths().FromInside(edit->path);
-        add(*edit, path, IsFileExist(path) ? kUnknown : kMissing);
+        const bool isThere = IsFileExist(path);
+        add(*edit, path, isThere ? kUnknown : kMissing);
+        if (isThere) states.back().trouble = why.Describe();
     }
     return states;
 }

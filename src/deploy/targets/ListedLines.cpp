@@ -60,7 +60,8 @@ class Finder {
             for (std::size_t i = 0; i < lines.size(); ++i)
                 Add(*edits[i], lines[i]);
         } else {
-            m_found.unset = edits;
+            for (const ListedEdit* const edit : edits)
+                m_found.unset.push_back({edit, ProblemOfSource(*edit)});
         }
         for (const std::string& path : m_known.EditedPaths())
             AddRemembered(path);
@@ -84,6 +85,14 @@ class Finder {
         }
         for (const ListedEdit* const edit : edits)
             CheckLineFeeds(*edit);
+    }
+
+    /// As all lines are expanded at once, a problem of one keeps all from being told.
+    const Problem& ProblemOfSource(const ListedEdit& edit) const {
+        const auto own = std::find_if(
+            m_found.problems.begin(), m_found.problems.end(),
+            [&](const Problem& problem) { return problem.file == edit.file && problem.line == edit.line; });
+        return own == m_found.problems.end() ? m_found.problems.front() : *own;
     }
 
     void CheckLineFeeds(const ListedEdit& edit) {
@@ -141,8 +150,8 @@ class Finder {
     }
 
     void Refuse(const ListedEdit& edit, Problem problem) {
-        m_found.problems.push_back(std::move(problem));
-        m_found.unset.push_back(&edit);
+        m_found.problems.push_back(problem);
+        m_found.unset.push_back({&edit, std::move(problem)});
     }
 
     LineToSet Made(const ListedEdit& edit, const std::string& line, const FileWithLines& file) {
@@ -221,10 +230,15 @@ class Finder {
     /// Adds a file in which lines were set, and no list asks for any. A target gets another text anyway.
     void AddRemembered(const std::string& path) {
         if (m_asked.contains(path)) return;
+        FileWithLines unread;
         try {
-            if (!RememberedLinesOf(path).empty() && TargetAt(m_product, path) == nullptr) Look(path);
+            unread.remembered = RememberedLinesOf(path);
+            if (!unread.remembered.empty() && TargetAt(m_product, path) == nullptr) Look(path);
         } catch (const Failure& failure) {
             m_found.problems.push_back(ProblemOf(path, failure));
+            unread.path = path;
+            unread.trouble = m_found.problems.back().Describe();
+            m_found.files.push_back(std::move(unread));
         }
     }
 

@@ -40,6 +40,7 @@ struct FileWithLines {
     FileState before;
     std::optional<CapturedFile> original{};  ///< of a former target: what was there before
     std::string text;                        ///< where lines are set: the file's text, or the original's
+    std::string trouble{};  ///< why a file that the lists do not ask for any more cannot be looked at
 
     bool Remembers(const std::string& selector) const;
 
@@ -47,12 +48,18 @@ struct FileWithLines {
     bool HasSet(const std::string& selector, const std::string& line) const;
 };
 
+/// An edit of the lists that cannot be made, and why.
+struct UnsetEdit {
+    const ListedEdit* edit = nullptr;
+    Problem why;
+};
+
 /// The lines that the lists have in force for the host's role, file by file, and the files in which the role
 /// has set some. What keeps a line from being set is a problem at the place of its entry.
 struct ListedLines {
     std::vector<FileWithLines> files;
     std::vector<Problem> problems;
-    std::vector<const ListedEdit*> unset;  ///< the edits that have problems
+    std::vector<UnsetEdit> unset;
 };
 
 ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging);

@@ -281,6 +281,13 @@ std::int64_t StoreVersionOf(History& history) {
     return version;
 }
 
+/// Whether the problem is why the state of a line is unknown.
+bool IsTold(const Problem& problem, const std::vector<ListedEditState>& edits) {
+    return std::any_of(edits.begin(), edits.end(), [&](const ListedEditState& edit) {
+        return edit.state == kUnknown && edit.trouble == problem.Describe();
+    });
+}
+
 }  // namespace
 
 TargetStates StatesOfTargets(Deployment& product) {
@@ -303,7 +310,7 @@ TargetStates StatesOfTargets(Deployment& product) {
         states = LookAtAll(product, targets, problems);
     }
     for (const Problem& problem : problems)
-        product.Out().Warning(problem.Describe());
+        if (!IsTold(problem, states.listedEdits)) product.Out().Warning(problem.Describe());
     states.newerTemplates = NewerTemplates(product, targets);
     return states;
 }
