@@ -573,3 +573,19 @@ with_little_memory() {
     assert_stderr "$told"
     assert_json 'd["errors"], d["failure"]["errno"], d["exit_status"]' '[["out of memory (free some, then run the command again)"], "ENOMEM", 1]'
 }
+
+@test "the failure of a broken list names the first place that is wrong" {
+    printf '[templates."one.conf"]\ntarget = 1\n[templates."two.conf"]\ntarget = 2\n' >templates/targets.toml
+    run_zet check-config --json
+    local first
+    first=$(json '[d["problems"][0][name] for name in ("file", "line", "column", "problem", "remedy")]')
+    local words
+    for words in status "template list"; do
+        # shellcheck disable=SC2086
+        run_zet $words --json
+        assert_status 1
+        assert_json '[d["failure"][name] for name in ("file", "line", "column", "problem", "remedy")]' "$first"
+        assert_json 'd["failure"]["line"], len(d["failure"]["output"].splitlines()) > 1' '[1, true]'
+        assert_json 'd["errors"][0].splitlines()[0]' "the list of targets is broken:"
+    done
+}
