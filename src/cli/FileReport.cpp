@@ -75,7 +75,7 @@ void BeginFileReport(Session& session) {
 
 bool TellProblems(Session& session, const std::vector<Problem>& problems) {
     for (const Problem& problem : problems) {
-        session.Out().Error(problem.Describe());
+        session.Out().Error(problem.Describe(), problem.output);
         session.Out().Add("problems", FieldsOf(problem));
     }
     return !problems.empty();

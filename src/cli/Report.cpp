@@ -51,11 +51,9 @@ bool IsUtf8(const std::string& text) {
     }
 }
 
-/// Whether a text, or one in a list of texts, cannot be represented exactly.
-bool IsLossy(const Value& value) {
-    if (const auto* text = std::get_if<std::string>(&value.value)) return !IsUtf8(*text);
-    const auto* list = std::get_if<List>(&value.value);
-    return list != nullptr && std::any_of(list->begin(), list->end(), IsLossy);
+/// Where an object is keyed by names of the host, a field may have the name of the flag.
+bool Has(const Fields& fields, const std::string& name) {
+    return std::any_of(fields.begin(), fields.end(), [&](const auto& field) { return field.first == name; });
 }
 
 Json ToJson(const Value& value);
@@ -64,7 +62,7 @@ Json ToJson(const Fields& fields) {
     Json object = Json::object();
     for (const auto& [name, value] : fields) {
         object[name] = ToJson(value);
-        if (IsLossy(value)) object[name + "_lossy"] = true;
+        if (IsLossy(value) && !Has(fields, name + "_lossy")) object[name + "_lossy"] = true;
     }
     return object;
 }
@@ -104,6 +102,12 @@ std::string_view ColorOfDiffLine(std::string_view line) {
 }
 
 }  // namespace
+
+bool IsLossy(const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value.value)) return !IsUtf8(*text);
+    const auto* list = std::get_if<List>(&value.value);
+    return list != nullptr && std::any_of(list->begin(), list->end(), IsLossy);
+}
 
 Report::Report(const GlobalOptions& asked)
     : m_program(asked.program),

@@ -38,6 +38,9 @@ struct Value {
     Value(Fields fields) : value(std::move(fields)) {}
 };
 
+/// Whether a text, or one in a list of texts, cannot be represented exactly.
+bool IsLossy(const Value& value);
+
 /// The only way for a command to report: results go to standard output as text or as one JSON document,
 /// everything else to standard error. Each result is given in both forms; the options decide which one is
 /// shown.

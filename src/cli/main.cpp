@@ -96,20 +96,50 @@ int Run(const Call& call, Report& report) {
     }
 }
 
-int RunProgram(int count, char** arguments) {
-    const bool isForServers = BaseNameOf(arguments[0]) == ProgramOf(Role::Server);
-    int status = kDone;
-    const auto call = ParseCommandLine(isForServers ? Role::Server : Role::Client, count, arguments, status);
-    if (!call) return status;
+/// What `Report` would print of it, which needs memory.
+constexpr char kOutOfMemory[] = R"json({
+  "version": 1,
+  "command": null,
+  "warnings": [],
+  "errors": [
+    "out of memory (free some, then run the command again)"
+  ],
+  "failure": {
+    "file": null,
+    "line": null,
+    "column": null,
+    "problem": "out of memory",
+    "remedy": "free some, then run the command again",
+    "output": null,
+    "errno": "ENOMEM"
+  },
+  "exit_status": 1
+}
+)json";
+
+int RunAndReport(const Call& call) {
     const SignalMemory signals;  // the output uses it, too
-    Report report(call->options);
-    status = Run(*call, report);
+    Report report(call.options);
+    int status = Run(call, report);
     const std::string left = Staging::LeftBehind();
     if (!left.empty()) {
         report.Error(left);
         status = kFailed;
     }
     return report.Finish(status);
+}
+
+int RunProgram(int count, char** arguments) {
+    const bool isForServers = BaseNameOf(arguments[0]) == ProgramOf(Role::Server);
+    int status = kDone;
+    const auto call = ParseCommandLine(isForServers ? Role::Server : Role::Client, count, arguments, status);
+    if (!call) return status;
+    try {
+        return RunAndReport(*call);
+    } catch (const std::bad_alloc&) {
+        if (call->options.json) std::fputs(kOutOfMemory, stdout);
+        throw;
+    }
 }
 
 /// Exits at once, since everything is written and closed: releasing each object takes 1% of a command with a
@@ -134,7 +164,8 @@ int main(int count, char** arguments) {
     try {
         return ZET::Cli::End(ZET::Cli::RunProgram(count, arguments));
     } catch (const std::bad_alloc&) {
-        std::fputs("error: out of memory (free some, then run the command again)\n", stderr);
+        std::fprintf(stderr, "%s: error: out of memory (free some, then run the command again)\n",
+                     program_invocation_short_name);
         return ZET::Cli::kFailed;
     }
 }

@@ -554,3 +554,38 @@ zet-client: nothing was changed"
 zet-client: warning: what is changed is not recorded: $HOST/state/zet.lock cannot be locked (let it be a regular file that can be written)
 zet-client: error: what was put back is still on record as committed (run the command again once $HOST/state/zet.lock can be locked)"
 }
+
+# with_little_memory WORD...: the command, which can start with it and no more.
+with_little_memory() {
+    (ulimit -v 200000 && zet "$@")
+}
+
+@test "a command that runs out of memory prints its document all the same" {
+    with_little_memory --version >/dev/null 2>&1 || skip "the programs of this build need more to start"
+    truncate -s 400M huge
+    local told="zet-client: error: out of memory (free some, then run the command again)"
+    capture with_little_memory explain huge
+    assert_status 1
+    assert_output ""
+    assert_stderr "$told"
+    capture with_little_memory explain huge --json
+    assert_status 1
+    assert_stderr "$told"
+    assert_json 'd["errors"], d["failure"]["errno"], d["exit_status"]' '[["out of memory (free some, then run the command again)"], "ENOMEM", 1]'
+}
+
+@test "the failure of a broken list names the first place that is wrong" {
+    printf '[templates."one.conf"]\ntarget = 1\n[templates."two.conf"]\ntarget = 2\n' >templates/targets.toml
+    run_zet check-config --json
+    local first
+    first=$(json '[d["problems"][0][name] for name in ("file", "line", "column", "problem", "remedy")]')
+    local words
+    for words in status "template list"; do
+        # shellcheck disable=SC2086
+        run_zet $words --json
+        assert_status 1
+        assert_json '[d["failure"][name] for name in ("file", "line", "column", "problem", "remedy")]' "$first"
+        assert_json 'd["failure"]["line"], len(d["failure"]["output"].splitlines()) > 1' '[1, true]'
+        assert_json 'd["errors"][0].splitlines()[0]' "the list of targets is broken:"
+    done
+}

@@ -91,3 +91,40 @@ assert_foretold() {
     assert_foretold "$words" template upgrade
     mv gone state
 }
+
+# assert_history_needed WORDS: by every command that would record what it does.
+assert_history_needed() {
+    local plain=$HOST/out/plain
+    assert_foretold "$1" param set "$plain" a 3
+    assert_foretold "$1" param unset "$plain" a
+    assert_foretold "$1" param restore "$plain" a
+    assert_foretold "$1" line set "$plain" '^b' b
+    assert_foretold "$1" line restore "$plain" '^a'
+    assert_foretold "$1" file strip "$plain"
+    assert_foretold "$1" file reserve "$HOST/out/other"
+    assert_foretold "$1" file forget "$plain"
+    assert_foretold "$1" doctor --fix "$HOST/out/damaged"
+    assert_foretold "$1" option set NTP_SERVER ntp
+    assert_foretold "$1" option unset NTP_SERVER
+    assert_foretold "$1" template install new.conf
+    assert_foretold "$1" template upgrade one.conf
+    assert_foretold "$1" template process new.conf "$HOST/out/new"
+}
+
+@test "a history into which nothing can be recorded" {
+    echo "b=1" >out/other
+    echo "new" >templates/new.conf
+    echo NTP_SERVER=old >>zet.conf
+    echo newer >>templates/one.conf
+    printf '%s\n' '# ---ZET_BEGIN---' >out/damaged
+    chmod 666 state/state.db
+    assert_history_needed "$HOST/state/state.db: others may write it, so it is not used"
+    chmod 600 state/state.db
+    /usr/bin/python3 -c 'import sqlite3, sys; sqlite3.connect(sys.argv[1]).execute("PRAGMA user_version = 99")' state/state.db
+    assert_history_needed "$HOST/state/state.db: was written by a newer version of the product"
+    break_store
+    assert_history_needed "$HOST/state/state.db: $BROKEN_STORE"
+    echo ZET_HISTORY=no >>zet.conf
+    run_zet param set out/other b 3 -n
+    assert_status 3
+}

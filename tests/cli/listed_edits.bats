@@ -635,3 +635,71 @@ assert_told() {
         cmp out/plain before
     done
 }
+
+@test "a file of the lists that cannot be read keeps nothing else from being told" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    rm out/plain
+    mkdir out/plain
+    echo edited >>out/one.conf
+    run_zet status
+    assert_status 1
+    [[ $output == *"$HOST/out/one.conf: edited"*"$HOST/out/plain: line a: unknown"*$'\n1 edited; edits: 2 unknown\n' ]]
+    run_zet status --format openmetrics
+    assert_status 1
+    [[ $output == *'zet_targets{role="client",state="edited"} 1'* ]]
+    local told="$HOST/out/plain: its state cannot be told: $HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is a directory (name a file in it)"
+    [[ $stderr == *"error: $told"* ]]
+    run_zet -q status --changed
+    assert_status 1
+    [[ $stderr == *"error: $told"* ]]
+    run_zet status --json
+    assert_json 'd["errors"][0], len(d["errors"]), d["warnings"]' "[\"$told\", 2, []]"
+    echo '${oops' >templates/one.conf
+    rm etc/one.conf
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is a directory (name a file in it)"* ]]
+    [[ $output == *"templates/one.conf"* ]]
+}
+
+@test "a file that the lists do not ask for any more, and that cannot be read, is a problem of its own" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    rm etc/targets.d/10.toml out/plain
+    ln -s plain out/plain
+    run_zet status
+    assert_status 1
+    [[ $output == *"$HOST/out/one.conf: in sync"*"$HOST/out/plain: line a: unknown"* ]]
+    [[ $stderr == *"error: $HOST/out/plain: its state cannot be told: $HOST/out/plain: "* && $stderr != *warning* ]]
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/out/plain: "*"nothing was changed"* ]]
+}
+
+@test "a line of which the history cannot be asked differs, whoever changed what" {
+    need_root
+    copy_programs
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    sed -i 's/b = 3/b = 4/' etc/targets.d/10.toml
+    sed -i 's/^a=.*/a=mine/' out/plain
+    run_zet status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["edited", "pending"]'
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --json
+    assert_status 3
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["differs", "differs"]'
+    # What root's commit would do is no problem of anybody's.
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config -n
+    assert_status 3
+    cp out/plain.before_zet out/plain
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["differs", "differs"]'
+    # What was never committed is not.
+    zet -q rollback-config --force
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["not committed", "not committed"]'
+}

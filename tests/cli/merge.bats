@@ -343,7 +343,7 @@ zet-client: nothing was changed"
         run_zet rollback-config "$ONE"
         assert_status 1
         assert_output "$ONE: edited, stays as it is"
-        assert_stderr "zet-client: warning: $ONE: holds edits that a commit merged, and stays (--force puts back what was there before)"
+        assert_stderr "zet-client: error: $ONE: holds edits that a commit merged, and stays (--force puts back what was there before)"
         assert_equal "$(body)" "$(printf '%s' "$BODY")"
         run_zet rollback-config --keep-edits "$ONE"
         assert_success "$ONE: edited, stays as it is"

@@ -21,7 +21,8 @@ own_check() {
 assert_refused() {
     remember_files
     run_zet commit-config
-    assert_refusal 1 "$HOST/out/one.conf: its check \"own-check\" $1 ($2)${3:+$'\n'$3}"
+    assert_refusal 1 "$HOST/out/one.conf: its check \"own-check\" $1 ($2)${3:+$'\n'$3}
+zet-client: nothing was changed"
     assert_unchanged_but_staging
 }
 
@@ -87,7 +88,8 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
     capture strace -qq -o "$BASE/trace" -e trace=pidfd_open \
         -e inject=pidfd_open:error=ENOSYS "$ZET_BIN/zet-client" --config zet.conf commit-config
     assert_refusal 1 "$HOST/out/one.conf: its check \"own-check\" refuses what [one.conf] renders to, with status 1 (correct the template)
-  refused"
+  refused
+zet-client: nothing was changed"
     grep -q INJECTED "$BASE/trace"
 }
 
@@ -126,7 +128,7 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
     assert_status 1
     [[ $(tail -n 1 "$BASE/peak") -lt 100000 ]]
     [[ ${#stderr} -lt 20000 ]]
-    [[ $stderr == *$'with status 1 (correct the template)\n  first line\n  y\n'*$'\n  last line\n' ]]
+    [[ $stderr == *$'with status 1 (correct the template)\n  first line\n  y\n'*$'\n  last line\nzet-client: nothing was changed\n' ]]
     grep -qx '  \.\.\. [0-9]* bytes are left out here \.\.\.' <<<"$stderr"
 }
 

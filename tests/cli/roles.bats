@@ -135,7 +135,7 @@ $HOST/out/client.conf: put back as it was, mode 0644 -> 0640"
     run_zet rollback-config
     assert_status 1
     assert_stderr "zet-client: warning: $HOST/state/state.db: $BROKEN_STORE
-zet-client: warning: $KEPT"
+zet-client: error: $KEPT"
     assert_output "$KEPT"$'\n'"$HOST/out/client.conf: put back as it was, mode 0644 -> 0640"
     assert_file out/both.conf.before_zet $'old both\n'
     assert_file out/client.conf $'old client\n'

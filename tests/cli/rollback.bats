@@ -74,7 +74,7 @@ $TWO: is not there"
     assert_status 1
     assert_output "$ONE: edited, stays as it is
 $TWO: removed, as there was none before"
-    assert_stderr "zet-client: warning: $ONE: was edited since it was committed and stays (--force puts back what was there before)"
+    assert_stderr "zet-client: error: $ONE: was edited since it was committed and stays (--force puts back what was there before)"
     assert_made one.conf $'realm = EXAMPLE.ORG\nmine\n'
     assert_file out/one.conf.before_zet $'old\n'
     assert_absent out/two.conf
@@ -84,6 +84,33 @@ $TWO: removed, as there was none before"
     assert_success "$ONE: put back as it was, mode 0644 -> 0640
 $TWO: is not there"
     assert_as_before
+}
+
+@test "what keeps a rollback from being done is an error, which the quietest run and the document tell" {
+    zet -q commit-config
+    echo a=1 >out/conf
+    zet -q param set --no-backup --no-markers out/conf a 2
+    rm "$ONE.before_zet"
+    echo mine >>out/two.conf
+    local told=("$TWO: was edited since it was committed and stays (--force puts back what was there before)"
+        "$ONE: has no reserve, stays as it is and on record (\"history $ONE\" tells what is kept of it; --force forgets it)"
+        "$HOST/out/conf: was edited without markers and has no reserve, stays as it is (--force forgets it)")
+    local i=0 name
+    for name in "$TWO" "$ONE" out/conf; do
+        run_zet -q rollback-config -n "$name"
+        assert_status 1
+        assert_stderr "zet-client: error: ${told[i]}"
+        run_zet rollback-config -n --json "$name"
+        assert_status 1
+        assert_json 'd["errors"], d["warnings"]' "[$(python3 -c 'import json, sys; print(json.dumps(sys.argv[1:]))' "${told[i]}"), []]"
+        ((++i))
+    done
+    run_zet -q rollback-config
+    assert_status 1
+    assert_equal "$(grep -c 'error: ' <<<"$stderr")" 3
+    # Who says that edits are to stay is told of none.
+    run_zet -q rollback-config --keep-edits "$TWO"
+    assert_success ""
 }
 
 @test "a new file that was edited since stays unless forced" {
@@ -299,7 +326,7 @@ $TWO: is not there, as before"
     echo mine >>out/one.conf
     run_zet --json rollback-config
     assert_status 1
-    assert_json '[t["result"] for t in d["targets"]], len(d["warnings"])' '[["kept", "removed"], 1]'
+    assert_json '[t["result"] for t in d["targets"]], len(d["errors"])' '[["kept", "removed"], 1]'
 }
 
 @test "what cannot be put back is told and does not keep the others from it" {
@@ -341,7 +368,8 @@ zet-client: error: $TWO: could not be put back: $TWO.no_file_before_zet: is no r
         assert_status 1
         assert_output "$ONE: $kept
 $TWO: $kept"
-        assert_stderr ""
+        assert_stderr "zet-client: error: $ONE: $kept
+zet-client: error: $TWO: $kept"
     done
     run_zet status
     [[ $output != *"committed: never"* && $output == *"$TWO: missing"* ]]

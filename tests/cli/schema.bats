@@ -78,3 +78,20 @@ print("\n".join(sorted(filter(None, json.load(open(sys.argv[1]))["properties"]["
 commands() {
     "$ZET_BIN/zet-client" "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
 }
+
+@test "wrong use of a command leaves no field of its document out" {
+    echo a=1 >conf
+    local each words
+    for each in "rollback-config --merge" "rollback-config --force --keep-edits" "rollback-config --to 1 x" "rollback-config --to x" \
+        "param get conf |" "param get conf a --section |" "line get conf a --section |" "param get conf a --section x --no-section" \
+        "line get conf a --section x --no-section" "param get conf a --section x|y" "line get conf a --section x|y"; do
+        # A "|" at the end stands for an empty word, another one for a line feed.
+        read -ra words <<<"$each"
+        words=("${words[@]/%|/}")
+        run_zet "${words[@]//|/$'\n'}" --json
+        assert_status 2
+        assert_json 'd["failure"]' null
+        judge pass
+        assert_status 0 || differ "$each" "as the schema has it" "$stderr"
+    done
+}

@@ -96,12 +96,34 @@ $empty"
     run_zet commit-config
     assert_refusal 1 "$HOST/out/two.conf: its check \"refuse\" refuses what [two.conf] renders to, with status 7 (correct the template)
   line 11 of the_file is no good
-  and this is standard error"
+  and this is standard error
+zet-client: nothing was changed"
     assert_unchanged_but_staging
     run_zet commit-config -n
     assert_status 1
     assert_unchanged_but_staging
     assert_equal "$(names_in "$TMPDIR")" ""
+}
+
+@test "what all check commands refuse comes at once, as what check-config finds" {
+    script refuse <<-'SCRIPT'
+		#!/bin/sh
+		echo "$2: no good"
+		exit 7
+	SCRIPT
+    add_target one.conf $'fine\n' 'check = ["refuse", "{}", "1"]'
+    add_target two.conf $'fine\n'
+    add_target three.conf $'fine\n' 'check = ["refuse", "{}", "3"]'
+    local words
+    for words in commit-config "commit-config -n" check-config; do
+        # shellcheck disable=SC2086
+        run_zet $words --json
+        assert_status 1
+        assert_json '[p["output"] for p in d["problems"]], d["failure"]' '[["1: no good\n", "3: no good\n"], null]'
+        assert_json '[p["file"].split("/")[-1] for p in d["problems"]]' '["one.conf", "three.conf"]'
+    done
+    run_zet commit-config
+    [[ $stderr == *$'\n  1: no good\n'*$'\n  3: no good\n''zet-client: nothing was changed'$'\n' ]]
 }
 
 @test "a check command of a secret target may say what it likes, nobody reads it" {
@@ -124,7 +146,8 @@ $empty"
     add_target one.conf $'fine\n' 'check = ["dies", "{}"]'
     remember_files
     run_zet commit-config
-    assert_refusal 1 "$HOST/out/one.conf: its check \"dies\" was ended by SIGKILL when it looked at what [one.conf] renders to (run it by hand to see why)"
+    assert_refusal 1 "$HOST/out/one.conf: its check \"dies\" was ended by SIGKILL when it looked at what [one.conf] renders to (run it by hand to see why)
+zet-client: nothing was changed"
     assert_unchanged_but_staging
     sed -i 's/"dies"/"missing-program"/' templates/targets.toml
     remember_files
@@ -166,7 +189,8 @@ $empty"
         export CHANGE
         for dry in "" -n; do
             run_zet commit-config $dry
-            assert_refusal 1 "$HOST/out/two.conf: its check \"change\" changed the file it was given (let it only read)"
+            assert_refusal 1 "$HOST/out/two.conf: its check \"change\" changed the file it was given (let it only read)
+zet-client: nothing was changed"
             assert_files_unchanged
         done
     done

@@ -95,7 +95,8 @@ assert_harmless() {
     assert_refusal 1 "$HOST/out/one.conf: its check \"speak\" refuses what [one.conf] renders to, with status 1 (correct the template)
   a	b\\x1b[2J
   zet-client: error: forged\\r
-  no end"
+  no end
+zet-client: nothing was changed"
     run_zet check-config
     assert_output "$HOST/out/one.conf: its check \"speak\" refuses what [one.conf] renders to, with status 1 (correct the template)
   a	b\\x1b[2J

@@ -568,3 +568,13 @@ $TWO: removed, as there was none before"
     run_zet --json undo
     assert_json "d['undone'], d['further'], d['entry']" '[5, null, 6]'
 }
+
+@test "where nothing was recorded, the number of a change is wrong use of every command" {
+    rm -f state/state.db*
+    local words
+    for words in "undo 7" "rollback-config --to 7" "history show 7" "history diff 7" "undo -n 7"; do
+        # shellcheck disable=SC2086
+        run_zet $words
+        assert_refusal 2 "there is no change 7: nothing was recorded yet on this host"
+    done
+}

@@ -93,3 +93,48 @@ teardown() {
     assert_output "conf: changed, the original is kept as conf.before_zet"
     assert_stderr "zet-client: warning: what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written (create it, or make it writable)"
 }
+
+# nobody_told WORD...: what nobody is told of this host, whose history only root may read.
+nobody_told() {
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" "$@"
+}
+
+@test "whoever may not read the history is told so, and of no edit that nobody made" {
+    need_root
+    copy_programs
+    mkdir out
+    printf '[templates."s"]\ntarget = "%s"\nroles = "both"\n' "$HOST/out/s" >templates/targets.toml
+    echo one >templates/s
+    echo old >out/s
+    zet -q commit-config
+    zet -q param set conf a 2
+    echo two >>etc/s
+    local denied="$HOST/state/state.db: may not be read, so that what it knows is not told (run the command as a user who may)"
+    local mode
+    for mode in overwrite refuse; do
+        nobody_told commit-config -n --on-edit=$mode
+        assert_status 3
+        [[ $stderr == *"$denied"* && $stderr != *"kept nowhere"* ]] || differ "$mode" "$denied" "$stderr"
+        [[ $output == *"$HOST/out/s: would be changed"* ]]
+    done
+    nobody_told commit-config -n --json
+    assert_status 3
+    assert_json '[t["edited"] for t in d["targets"]]' '[null]'
+    nobody_told rollback-config -n
+    [[ $stderr == *"$denied"*"$HOST/out/s: may have been edited since it was committed, and stays (--force puts back what was there before)"* ]]
+    [[ $output == *"$HOST/out/s: may be edited, stays as it is"* ]]
+    nobody_told rollback-config -n conf
+    [[ $stderr == *"$denied"* ]]
+    nobody_told template status
+    assert_status 0
+    assert_stderr "zet-client: warning: $denied"
+    nobody_told explain --json conf
+    assert_json 'd["warnings"], {r["since"] for r in d["regions"]}.pop()' "[[\"$denied\"], null]"
+    # Who has no history, and who may read it, is told nothing of it.
+    run_zet template status
+    assert_stderr ""
+    zet -q rollback-config --force
+    rm -f state/*.db*
+    nobody_told template status
+    assert_stderr ""
+}

@@ -44,7 +44,7 @@ valid_user_names=^[a-z_][a-z0-9_-]*\$"
     [[ $output == *"ntp_server=ntp"$'\n'"    from $HOST/etc/defaults.d/10.conf:2"$'\n'* ]]
     [[ $output == *"realm=FLEET.ORG"$'\n'"    from $HOST/etc/defaults.d/10.conf:1"$'\n'* ]]
     run_zet --json values
-    assert_json '[s for s in d["sources"] if s["name"] == "ntp_server"][0]' '{"name": "ntp_server", "file": "'"$HOST"'/etc/defaults.d/10.conf", "line": 2}'
+    assert_json '[s for s in d["sources"] if s["name"] == "ntp_server"][0]' '{"name": "ntp_server", "file": "'"$HOST"'/etc/defaults.d/10.conf", "line": 2, "lossy": false}'
     run_zet option list
     assert_status 0
     [[ $output == *"NTP_SERVER=ntp"$'\n'"    from $HOST/etc/defaults.d/10.conf:2"$'\n'* ]]
@@ -91,4 +91,12 @@ assert_unread() {
     ln -s "$HOST/gone" templates/values.conf
     UNREAD="$HOST/templates/values.conf: $HOST/gone: does not exist (create it, or correct the path)"
     assert_unread values
+}
+
+@test "the flag of a value that is no text takes the place of no other value" {
+    printf 'FOO=\xff\nFOO_LOSSY=abc\nBAR=\xff\n' >>zet.conf
+    run_zet values --json
+    assert_status 0
+    assert_json '[d["values"][name] for name in ("foo", "foo_lossy", "bar", "bar_lossy")]' '["\ufffd", "abc", "\ufffd", true]'
+    assert_json '[s["name"] for s in d["sources"] if s["lossy"]]' '["bar", "foo"]'
 }

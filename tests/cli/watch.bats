@@ -225,6 +225,21 @@ write_metrics() {
     assert_equal "$(ls "$BASE/metrics")" ""
 }
 
+@test "the timer writes the numbers of the others where one target cannot be told, and fails" {
+    mkdir "$BASE/metrics"
+    run_zet commit-config
+    rm a b
+    ln -s a a
+    write_metrics
+    assert_status 1
+    assert_equal "$(grep -Fc "$HOST/a: its state cannot be told" <<<"$stderr")" 1
+    grep -Fx "$HOST/b: missing" <<<"$stderr"
+    grep -Fx 'zet_in_sync{role="client"} 0' "$BASE/metrics/zet-client.prom"
+    grep -Fx 'zet_targets{role="client",state="unknown"} 1' "$BASE/metrics/zet-client.prom"
+    grep -Fx 'zet_targets{role="client",state="missing"} 1' "$BASE/metrics/zet-client.prom"
+    grep -Fx '# EOF' "$BASE/metrics/zet-client.prom"
+}
+
 @test "the timer takes the numbers of a role away that was rolled back, and of a host without settings" {
     mkdir "$BASE/metrics"
     run_zet commit-config

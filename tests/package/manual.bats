@@ -156,13 +156,21 @@ examples() {
 @test "TheLinesForMonitoringPlugInsSayWhatTheyShould" {
     example_host
     sed -n '/^# MONITORING/,/^# JOURNAL/p' "$MANUAL/zet-init.1.scd" | awk '/^```$/ { ++fences; next } fences == 1' >"$BATS_TEST_TMPDIR/plug-in"
-    [ "$(wc -l <"$BATS_TEST_TMPDIR/plug-in")" -eq 2 ]
+    [ "$(wc -l <"$BATS_TEST_TMPDIR/plug-in")" -eq 4 ]
     zet-init commit-config -q
     sh "$BATS_TEST_TMPDIR/plug-in"
     echo more >>"$ROOT/etc/exports"
     run sh "$BATS_TEST_TMPDIR/plug-in"
     [ "$status" -eq 1 ]
     grep -F '/etc/exports: edited' <<<"$output"
+    zet-init commit-config -q
+    sh "$BATS_TEST_TMPDIR/plug-in"
+    # A history that is damaged or may not be read leaves something out, which only a warning says.
+    (umask 077 && echo "no database, but so many bytes that it could be one" >"$ROOT/var/lib/zet/state.db")
+    rm -f "$ROOT"/var/lib/zet/state.db-*
+    run sh "$BATS_TEST_TMPDIR/plug-in"
+    [ "$status" -eq 1 ]
+    grep -F 'the history is damaged' <<<"$output"
     echo broken >"$ROOT/etc/zet/zet.conf"
     run sh "$BATS_TEST_TMPDIR/plug-in"
     [ "$status" -eq 2 ]

@@ -47,8 +47,8 @@ class ZET_API Plan {
 
 /// Checks the targets of the product's role that are made from `templateNames` (all if empty), renders each
 /// in a private directory, and compares it with the present file. A template that is not in the list is a
-/// `UsageError`; a list that cannot be read, or a rendering that its own check command refuses, is a
-/// `Failure`.
+/// `UsageError`; a list that cannot be read, or a check command that cannot be run, is a `Failure`. A
+/// rendering that its check command refuses is one of the plan's problems.
 ZET_API Plan MakePlan(Product& product, const std::vector<std::string>& templateNames = {},
                       OnEdit onEdit = OnEdit::AsConfigured);
 

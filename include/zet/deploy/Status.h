@@ -44,11 +44,11 @@ struct ListedEditState {
     std::string name;      ///< of its entry; empty if it has none
     std::string path;      ///< of the real file, links followed
     std::string selector;  ///< its parameter or pattern
-    std::string state;     ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
+    std::string state;     ///< as that of a target
     std::string list;      ///< the list with its entry; empty if no list asks for it any more
     int line = 0;          ///< of the entry
     ShownDiff diff{};  ///< set for the last line of a file if diffs are wanted: what a commit would change
-    std::string trouble{};  ///< why the diff is missing
+    std::string trouble{};  ///< why it is unknown, or why the diff is missing
 };
 
 /// A file that was committed and is no longer in force.

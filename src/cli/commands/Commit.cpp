@@ -7,6 +7,7 @@
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
+#include "deploy/state/History.h"
 #include "deploy/targets/Assumptions.h"
 
 namespace ZET::Cli {
@@ -46,7 +47,8 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
     if (session.Asked().json) {
         FileOutcome entry = outcome;
         entry.reserve = ReserveBeside(outcome);
-        AddFile(session, "targets", entry, outcome.isEdited);
+        const bool isUntold = session.Product().HostHistory().IsDenied();
+        AddFile(session, "targets", entry, isUntold ? Value(nullptr) : Value(outcome.isEdited));
     }
     if (outcome.IsChange() || outcome.result == FileOutcome::Result::Kept || session.Asked().verbose)
         session.Out().Line(outcome.path + ": " + Describe(outcome, session.Asked().dryRun));

@@ -17,13 +17,14 @@ struct LineOptions : SectionOptions {
 };
 
 int Get(Session& session, const LineOptions& asked) {
-    const std::optional<std::string> section = SectionOf(asked);
-    RequireSectionName(section);
     session.Out().Set("file", asked.file);
     session.Out().Set("path", nullptr);
     session.Out().Set("pattern", asked.pattern);
-    session.Out().Set("section", section ? Value(*section) : Value(nullptr));
+    session.Out().Set("section", nullptr);
     BeginLookup(session, "line");
+    const std::optional<std::string> section = SectionOf(asked);
+    if (section) session.Out().Set("section", *section);
+    RequireSectionName(section);
     RequirePattern(session.Product().Core(), asked.pattern);
     const std::string path = FileToShow(session, asked.file);
     return ReportLookup(session, path + ": " + Filled(_("has no line with \"%s\""), {asked.pattern}), "line",

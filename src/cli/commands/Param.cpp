@@ -17,14 +17,15 @@ struct GivenParam : SectionOptions {
 };
 
 int Get(Session& session, const GivenParam& asked) {
-    RequireParamName(asked.name);
-    const std::optional<std::string> section = SectionOf(asked);
-    RequireSectionName(section);
     session.Out().Set("file", asked.file);
     session.Out().Set("path", nullptr);
     session.Out().Set("name", asked.name);
-    session.Out().Set("section", section ? Value(*section) : Value(nullptr));
+    session.Out().Set("section", nullptr);
     BeginLookup(session, "value");
+    RequireParamName(asked.name);
+    const std::optional<std::string> section = SectionOf(asked);
+    if (section) session.Out().Set("section", *section);
+    RequireSectionName(section);
     const std::string path = FileToShow(session, asked.file);
     return ReportLookup(session, path + ": " + Filled(_("has no parameter \"%s\""), {asked.name}), "value",
                         GetParam(session.Product(), path, asked.name, section));

@@ -30,11 +30,11 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
 }
 
 int RollBackToEntry(Session& session, const RollbackOptions& asked) {
-    if (asked.entry.size() > 1 || !asked.targets.empty())
-        throw UsageError(_("--to takes one change, and goes back to it as a whole (leave TARGET out)"));
     BeginTargets(session,
                  [](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome, "targets"); });
     session.Out().AddList("problems");
+    if (asked.entry.size() > 1 || !asked.targets.empty())
+        throw UsageError(_("--to takes one change, and goes back to it as a whole (leave TARGET out)"));
     const std::int64_t entry = ChangeNumber(asked.entry.front());
     return ReportUndo(session,
                       RollBackTo(session.Product(), entry, {asked.force, asked.keepEdits, asked.merge}));
@@ -42,11 +42,11 @@ int RollBackToEntry(Session& session, const RollbackOptions& asked) {
 
 int RollbackConfig(Session& session, const RollbackOptions& asked) {
     if (!asked.entry.empty()) return RollBackToEntry(session, asked);
+    BeginTargets(session, TellTarget);
     if (asked.merge)
         throw UsageError(_("--merge goes with --to alone (--keep-edits leaves what was edited)"));
     if (asked.force && asked.keepEdits)
         throw UsageError(_("--force and --keep-edits exclude each other (leave one of them out)"));
-    BeginTargets(session, TellTarget);
     const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
     if (result.isKept) return kFailed;
     return StatusAfter(session, result.isChanged);

@@ -228,6 +228,8 @@ int TellMetrics(Session& session) {
     const TargetStates states = StatesOfTargets(session.Product());
     for (const TargetState& target : states.targets)
         TellTrouble(session, target);
+    for (const ListedEditState& edit : states.listedEdits)
+        TellTrouble(session, edit);
     session.Out().Text(MetricsOf(session.Asked().role, role, states));
     return ExitStatusOf(states);
 }

@@ -21,7 +21,8 @@ void TellValue(Session& session, const std::string& name, const std::string& val
     if (!session.Asked().quiet) session.Out().Line("    " + OriginOf(source));
     session.Out().Add("sources", Fields{{"name", name},
                                         {"file", TextOrNull(source ? source->file : "")},
-                                        {"line", NumberOrNull(source ? source->line : 0)}});
+                                        {"line", NumberOrNull(source ? source->line : 0)},
+                                        {"lossy", session.Asked().json && IsLossy(value)}});
 }
 
 int TellUnread(Session& session, const std::vector<Problem>& unread) {

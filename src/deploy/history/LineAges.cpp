@@ -106,6 +106,7 @@ class RecordedWalk {
 std::vector<std::optional<LineAge>> AgesOfLines(Deployment& product, const std::string& file,
                                                 const std::string& text) {
     History& history = product.HostHistory();
+    history.TellDenied();
     if (history.IsDenied() || history.ToLookIfUsable() == nullptr) return {};
     const HistoryReader reader(product);
     const std::optional<std::string> name = reader.FindName(file);

@@ -128,13 +128,13 @@ void WarnOfStrays(Observer& observer, const TargetList& list) {
 }
 
 void RequireWhole(const TargetList& list) {
-    std::string lines;
-    for (const Problem& problem : list.problems)
-        if (!problem.isOfUser) lines += problem.Describe() + "\n";
-    if (!lines.empty()) {
-        throw Failure(_("the list of targets is broken:"),
-                      {.file = list.file, .text = _("the list of targets is broken"), .output = lines});
-    }
+    std::vector<Problem> problems;
+    std::copy_if(list.problems.begin(), list.problems.end(), std::back_inserter(problems),
+                 [](const Problem& problem) { return !problem.isOfUser; });
+    if (problems.empty()) return;
+    Problem first = problems.front();
+    first.output = LinesOf(problems);
+    throw Failure(_("the list of targets is broken:"), first);
 }
 
 std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& templateNames) {

@@ -64,6 +64,17 @@ bool History::IsDenied() const {
     return !IsKnownToBeNone() && eaccess(File().c_str(), R_OK) != 0 && errno == EACCES;
 }
 
+void History::TellDenied(const std::string& text) {
+    if (m_isDenialTold || !IsDenied()) return;
+    m_isDenialTold = true;
+    const Problem denied = {.file = File(), .text = text, .remedy = _("run the command as a user who may")};
+    m_host.Out().Warning(denied.Describe());
+}
+
+void History::TellDenied() {
+    TellDenied(_("may not be read, so that what it knows is not told"));
+}
+
 bool History::IsBegun(const WriteLock& lock) {
     if (m_isToRecord) return true;
     m_found = Find();

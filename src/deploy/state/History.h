@@ -70,6 +70,10 @@ class History {
     /// Whether there is a store that this user may not read.
     bool IsDenied() const;
 
+    /// Reports once, as a warning, that this user may not read the store, and what is not told then.
+    void TellDenied(const std::string& text);
+    void TellDenied();
+
   private:
     std::string File() const;
     FoundStore Find();
@@ -87,6 +91,7 @@ class History {
     bool m_isUnusable = false;
     bool m_isLossTold = false;
     bool m_areReadersTold = false;
+    bool m_isDenialTold = false;
     std::string m_told;
 };
 

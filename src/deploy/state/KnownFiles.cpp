@@ -15,6 +15,7 @@ KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
     const bool isTold = unusable == Unusable::IsTold || !history.IsNeeded();
     Store* const store = isTold ? history.ToLookIfUsable() : history.ToLook();
     m_isUnusable = history.IsUnusable() || history.IsDenied();
+    history.TellDenied();
     if (store == nullptr) return;
     try {
         Read(*store);

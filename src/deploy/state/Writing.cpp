@@ -96,6 +96,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         if (right == Right::OfTheProduct) RequirePlaceOfLock(product.State());
         m_canRecord = product.HostHistory().CanRecord();
         m_records = m_records && m_canRecord;
+        if (m_records && product.HostHistory().IsNeeded(purpose)) product.HostHistory().ToLook();
         if (m_records) m_cutShort = FilesOfCutShort(product);
     } else {
         Lock(product, paths, right);

@@ -8,7 +8,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/ConditionCheck.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/UnknownNames.h"
 #include "text/FirstLine.h"

@@ -31,13 +31,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-void RequireAcceptance(Deployment& product, const Target& target, const std::string& path,
-                       const StagedText* staged) {
-    if (target.check.empty()) return;
-    const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged->File());
-    if (problem) throw Failure(*problem);
-}
-
 FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
     planned.after = planned.before;
     planned.after.links = 1;
@@ -213,8 +206,8 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     if (!SettleEdit(planned, onEdit)) return;
     if (planned.IsChange() && planned.before.exists && !m_product.Wanted().dryRun)
         planned.captured = there.Captured(m_longestText);
-    if (RunsOwnChecks(m_product.Wanted()))
-        RequireAcceptance(m_product, target, planned.path, planned.staged.get());
+    if (RunsOwnChecks(m_product.Wanted()) && !target.check.empty())
+        Append(m_checked.problems, OwnCheckProblem(m_product, target, planned.path, planned.staged->File()));
     m_targets.push_back(std::move(planned));
 }
 
@@ -253,7 +246,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     // A history that this user cannot read does not tell.
     planned.isNewToRole = !m_known->IsUnusable() && !m_known->Has(path, m_product.Role());
-    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there)
+                                            : planned.hasCompanion && !m_product.HostHistory().IsDenied();
     if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&

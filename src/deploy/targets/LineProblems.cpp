@@ -82,7 +82,8 @@ class LineJudge {
                 line,
                 Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit.line)),
                 _("give each line to one edit"));
-        const bool mayBeLists = m_file.isForgotten || m_file.Remembers(SelectorOf(line.edit));
+        const bool mayBeLists =
+            m_file.isForgotten || m_file.isUntold || m_file.Remembers(SelectorOf(line.edit));
         if (place.isInBlock && place.text != line.line && !mayBeLists)
             Add(line, Words("%s stands in a managed block of something else", where),
                 _("restore that, or leave the line to it"));

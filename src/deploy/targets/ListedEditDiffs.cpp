@@ -33,7 +33,7 @@ std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& know
     const LinesPlan lines(product, known, staging, ConfiguredOnEdit(product));
     for (const PlannedLines& planned : lines.Files())
         AddDiff(states, planned.file.path, [&] { return lines.OutcomeOf(planned).diff; });
-    TakeBack takeBack(product, known, {});
+    TakeBack takeBack(product, known, {.isOfCommit = true});
     for (const std::string& path : lines.Emptied()) {
         AddDiff(states, path, [&] {
             TakeBackStep step{WrittenLines(product, path)};

@@ -22,9 +22,10 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                            [&](const std::string& each) { return each == text; });
     };
     const std::string selector = SelectorOf(line.edit);
-    if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : kNotCommitted;
+    const char* const unset = file.isUntold ? kDiffers : kNotCommitted;
+    if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : unset;
     if (are(line.line)) return isOutside ? kEdited : kInSync;
-    if (!file.Remembers(selector)) return file.isForgotten ? kEdited : kNotCommitted;
+    if (!file.Remembers(selector)) return file.isForgotten ? kEdited : unset;
     const bool isAsLeft =
         std::any_of(file.remembered.begin(), file.remembered.end(),
                     [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });
@@ -53,12 +54,18 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
         for (const LineToSet& line : file.lines)
             add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
-        for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
-            if (blocks.contains(line.line)) states.push_back({"", file.path, line.Chosen(), kPending, "", 0});
+        for (const RememberedLine& line : FormerLinesOf(file, product.Role())) {
+            if (!file.trouble.empty())
+                states.push_back({"", file.path, line.Chosen(), kUnknown, "", 0, {}, file.trouble});
+            else if (blocks.contains(line.line))
+                states.push_back({"", file.path, line.Chosen(), kPending, "", 0});
+        }
     }
-    for (const ListedEdit* const edit : lines.unset) {
+    for (const auto& [edit, why] : lines.unset) {
         const std::string path = product.HostPaths().FromInside(edit->path);
-        add(*edit, path, IsFileExist(path) ? kUnknown : kMissing);
+        const bool isThere = IsFileExist(path);
+        add(*edit, path, isThere ? kUnknown : kMissing);
+        if (isThere) states.back().trouble = why.Describe();
     }
     return states;
 }

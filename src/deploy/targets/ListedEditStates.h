@@ -17,7 +17,7 @@ inline constexpr char kPending[] = "pending";
 inline constexpr char kEdited[] = "edited";
 inline constexpr char kMissing[] = "missing";
 inline constexpr char kNotCommitted[] = "not committed";
-inline constexpr char kDiffers[] = "differs";  // where nobody can tell whose edit a target holds
+inline constexpr char kDiffers[] = "differs";  // where nobody can tell whose edit a file holds
 inline constexpr char kUnknown[] = "unknown";
 
 /// One of these states, for one line.

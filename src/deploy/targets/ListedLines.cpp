@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -72,7 +73,8 @@ class Finder {
             for (std::size_t i = 0; i < lines.size(); ++i)
                 Add(*edits[i], lines[i]);
         } else {
-            m_found.unset = edits;
+            for (const ListedEdit* const edit : edits)
+                m_found.unset.push_back({edit, ProblemOfSource(*edit)});
         }
         for (const std::string& path : m_known.EditedPaths())
             AddRemembered(path);
@@ -96,6 +98,14 @@ class Finder {
         }
         for (const ListedEdit* const edit : edits)
             CheckLineFeeds(*edit);
+    }
+
+    /// As all lines are expanded at once, a problem of one keeps all from being told.
+    const Problem& ProblemOfSource(const ListedEdit& edit) const {
+        const auto own = std::find_if(
+            m_found.problems.begin(), m_found.problems.end(),
+            [&](const Problem& problem) { return problem.file == edit.file && problem.line == edit.line; });
+        return own == m_found.problems.end() ? m_found.problems.front() : *own;
     }
 
     void CheckLineFeeds(const ListedEdit& edit) {
@@ -153,8 +163,8 @@ class Finder {
     }
 
     void Refuse(const ListedEdit& edit, Problem problem) {
-        m_found.problems.push_back(std::move(problem));
-        m_found.unset.push_back(&edit);
+        m_found.problems.push_back(problem);
+        m_found.unset.push_back({&edit, std::move(problem)});
     }
 
     LineToSet Made(const ListedEdit& edit, const std::string& line, const FileWithLines& file) {
@@ -181,6 +191,7 @@ class Finder {
     /// Null if the file is not there, and need not be.
     FileWithLines* FileOf(const ListedEdit& edit) {
         const std::string path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(edit.path));
+        m_asked.insert(path);
         const auto known = m_byPath.find(path);
         FileWithLines& file = known != m_byPath.end() ? m_found.files[known->second] : Look(path);
         if (file.named.empty()) file.named = edit.path;
@@ -225,9 +236,8 @@ class Finder {
         const KnownFile* const known = m_known.Find(path);
         file.isForgotten =
             known == nullptr && IsFileExist(path + ZETReserveSuffix) && IsUnseen(m_product, path);
-        Store* const store = m_product.HostHistory().ToLookIfUsable();
-        if (known != nullptr && store != nullptr)
-            file.remembered = LinesSetIn(*store, known->kind, known->state.knowledge);
+        file.isUntold = m_known.IsUnusable() && IsFileExist(m_product.State().Status(m_product.Role()));
+        file.remembered = RememberedLinesOf(path);
         m_byPath.emplace(path, m_found.files.size());
         m_found.files.push_back(std::move(file));
         return m_found.files.back();
@@ -235,18 +245,32 @@ class Finder {
 
     /// Adds a file in which lines were set, and no list asks for any. A target gets another text anyway.
     void AddRemembered(const std::string& path) {
-        if (m_byPath.contains(path) || TargetAt(m_product, path) != nullptr) return;
+        if (m_asked.contains(path)) return;
+        FileWithLines unread;
+        try {
+            unread.remembered = RememberedLinesOf(path);
+            if (!unread.remembered.empty() && TargetAt(m_product, path) == nullptr) Look(path);
+        } catch (const Failure& failure) {
+            m_found.problems.push_back(ProblemOf(path, failure));
+            unread.path = path;
+            unread.trouble = m_found.problems.back().Describe();
+            m_found.files.push_back(std::move(unread));
+        }
+    }
+
+    /// What commits have set in the file.
+    std::vector<RememberedLine> RememberedLinesOf(const std::string& path) {
         const KnownFile* const known = m_known.Find(path);
-        if (known == nullptr || !known->state.knowledge.base) return;
-        if (!Look(path).remembered.empty()) return;
-        m_byPath.erase(path);
-        m_found.files.pop_back();
+        Store* const store = m_product.HostHistory().ToLookIfUsable();
+        if (known == nullptr || store == nullptr) return {};
+        return LinesSetIn(*store, known->kind, known->state.knowledge);
     }
 
     Deployment& m_product;
     const KnownFiles& m_known;
     const Staging& m_staging;
     std::map<std::string, std::size_t> m_byPath;
+    std::set<std::string> m_asked;  ///< the files that the lists name, also those that are refused
     ListedLines m_found;
 };
 

@@ -37,11 +37,13 @@ struct FileWithLines {
     std::vector<RememberedLine> remembered;  ///< of both roles
     bool isThere = false;
     bool isForgotten = false;  ///< it has a reserve, and no history knows it
+    bool isUntold = false;     ///< nobody can tell what was set in it: the history cannot be read
     FileVersion version;
     FileState before;
     std::optional<CapturedFile> original{};  ///< of a former target: what was there before
     std::string text;                        ///< where lines are set: the file's text, or the original's
     Text::LineEnds ends{};                   ///< of that text
+    std::string trouble{};  ///< why a file that the lists do not ask for any more cannot be looked at
 
     bool Remembers(const std::string& selector) const;
 
@@ -49,12 +51,18 @@ struct FileWithLines {
     bool HasSet(const std::string& selector, const std::string& line) const;
 };
 
+/// An edit of the lists that cannot be made, and why.
+struct UnsetEdit {
+    const ListedEdit* edit = nullptr;
+    Problem why;
+};
+
 /// The lines that the lists have in force for the host's role, file by file, and the files in which the role
 /// has set some. What keeps a line from being set is a problem at the place of its entry.
 struct ListedLines {
     std::vector<FileWithLines> files;
     std::vector<Problem> problems;
-    std::vector<const ListedEdit*> unset;  ///< the edits that have problems
+    std::vector<UnsetEdit> unset;
 };
 
 /// What the file has of a parameter, where lines are set.

@@ -37,11 +37,6 @@ bool IsThere(const Paths& paths, const std::string& directory) {
     return S_ISLNK(state.mode) ? StateOf(paths.Resolved(paths.NameInside(directory))).exists : state.exists;
 }
 
-void Keep(TakeBackStep& step, const std::string& remark) {
-    step.isKept = true;
-    step.Tell(Result::Kept, remark);
-}
-
 void RequireRegularIfThere(const std::string& path, const FileState& state) {
     if (state.exists && !state.IsRegular())
         throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("move it away")});
@@ -154,7 +149,7 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             if (edit.isUnmarked)
                 edit.remark = WordsOfUnmarked(step.file, m_product.Wanted().dryRun, Force(step.file));
             DecideBlocks(step, std::move(edit.text), edit.remark);
-            step.isKept = edit.isUnmarked;
+            if (edit.isUnmarked) FailToTakeBack(step, step.file.path + ": " + edit.remark);
             break;
     }
     return true;
@@ -226,39 +221,8 @@ bool TakeBack::IsAsLeftToGo(const std::string& path) const {
     return m_known.IsOwnWork(path) || (m_known.IsAsLeft(path) && m_known.Has(path, m_otherRole));
 }
 
-/// The words of the command or option that puts the file back all the same.
-std::string TakeBack::Force(const WrittenFile& file) const {
-    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", Text::ShellWord(file.named))
-                             : "--force";
-}
-
-void TakeBack::KeepEdited(TakeBackStep& step) const {
-    const char* const remark = _("edited, stays as it is");
-    if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
-    m_product.Out().Warning(Words(
-        m_known.IsAsLeft(step.file.path)
-            ? ZET_TEXT("%s: holds edits that a commit merged, and stays (%s puts back what was there before)")
-            : ZET_TEXT(
-                  "%s: was edited since it was committed and stays (%s puts back what was there before)"),
-        step.file.path, Force(step.file)));
-    Keep(step, remark);
-}
-
 void TakeBack::TellOfOtherRole(TakeBackStep& step) const {
     step.Tell(Result::Kept, Words("stays for the role %s, which has committed it", RoleInWords(m_otherRole)));
-}
-
-bool TakeBack::MayBeOthers(const WrittenFile& file) const {
-    return m_known.IsUnusable() && file.isOfBoth && m_product.HasCommitted(m_otherRole);
-}
-
-/// Without the history, nobody can tell whether the other role has committed the file.
-void TakeBack::KeepOthers(TakeBackStep& step) const {
-    const std::string remark =
-        Words("may have been committed by the role %s, too, and stays (%s puts it back)",
-              RoleInWords(m_otherRole), Force(step.file));
-    m_product.Out().Warning(step.file.path + ": " + remark);
-    Keep(step, remark);
 }
 
 bool TakeBack::IsOwnWork(const WrittenFile& file) {

@@ -73,6 +73,8 @@ class TakeBack {
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
     std::string Force(const WrittenFile& file) const;
+    void Keep(TakeBackStep& step, const std::string& remark) const;
+    void FailToTakeBack(TakeBackStep& step, const std::string& words) const;
     void KeepEdited(TakeBackStep& step) const;
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;

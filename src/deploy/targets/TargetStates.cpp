@@ -107,13 +107,11 @@ std::int64_t StoreVersionOf(History& history) {
     return version;
 }
 
-void WarnOfDenied(Host& host) {
-    if (!host.HostHistory().IsDenied()) return;
-    const Problem denied = {
-        .file = host.State().Store(),
-        .text = _("may not be read, so that files edited in place, and what is left over, are not told"),
-        .remedy = _("run the command as a user who may")};
-    host.Out().Warning(denied.Describe());
+/// Whether the problem is why the state of a line is unknown.
+bool IsTold(const Problem& problem, const std::vector<ListedEditState>& edits) {
+    return std::any_of(edits.begin(), edits.end(), [&](const ListedEditState& edit) {
+        return edit.state == kUnknown && edit.trouble == problem.Describe();
+    });
 }
 
 }  // namespace
@@ -127,6 +125,8 @@ TargetStates StatesOfTargets(Deployment& product) {
     RequireWhole(list);
     WarnOfStrays(product.Out(), list);
     const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
+    product.HostHistory().TellDenied(
+        _("may not be read, so that files edited in place, and what is left over, are not told"));
     std::vector<Problem> problems;
     TargetStates states = LookAtAll(product, targets, problems);
     // What another command wrote meanwhile is not known to this look, and would be told as somebody's edit.
@@ -136,8 +136,7 @@ TargetStates StatesOfTargets(Deployment& product) {
         states = LookAtAll(product, targets, problems);
     }
     for (const Problem& problem : problems)
-        product.Out().Warning(problem.Describe());
-    WarnOfDenied(product);
+        if (!IsTold(problem, states.listedEdits)) product.Out().Warning(problem.Describe());
     states.newerTemplates = NewerTemplates(product, targets);
     return states;
 }

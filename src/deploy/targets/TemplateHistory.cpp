@@ -61,6 +61,7 @@ std::string RealFileOf(const Host& host, const std::string& workingCopy) {
 }
 
 CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
+    host.HostHistory().TellDenied();
     Store* const store = host.HostHistory().ToLookIfUsable();
     if (store == nullptr) return {};
     std::optional<KnownFile> known = store->Known(NameInHistory(host, workingCopy));

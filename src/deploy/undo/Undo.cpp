@@ -206,13 +206,15 @@ class WayBack {
     Restarts m_restarts;
 };
 
-Store& StoreToLookIn(Deployment& product) {
+/// `number`: the change that was asked for. There is none where there is no store.
+Store& StoreToLookIn(Deployment& product, const std::optional<std::int64_t>& number) {
     if (Store* const store = product.HostHistory().ToLook()) return *store;
     if (product.HostHistory().IsDenied()) {
         throw Failure({.file = product.State().Store(),
                        .text = _("cannot be read"),
                        .remedy = _("run the command as root")});
     }
+    if (number) FailOfNothingRecorded(*number);
     throw Failure({.file = product.State().Store(),
                    .text = _("is not there: nothing was recorded on this host that could be put back"),
                    .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
@@ -278,10 +280,10 @@ void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) 
 
 UndoResult Undo(Deployment& product, const UndoOptions& options) {
     const OthersWork others = WayOf(options);
-    StoreToLookIn(product);
+    StoreToLookIn(product, options.entry);
     if (!options.entry) RequireLastTold(product);
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
-    Store& store = StoreToLookIn(product);
+    Store& store = StoreToLookIn(product, options.entry);
     const auto look = LookIfTrial(product, store);
     const RecordedEntry entry = EntryToUndo(store, options, product.Wanted().dryRun);
     UndoResult result;
@@ -300,9 +302,9 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
 
 UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToOptions& options) {
     const OthersWork others = WayOf(options);
-    StoreToLookIn(product);
+    StoreToLookIn(product, entry);
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
-    Store& store = StoreToLookIn(product);
+    Store& store = StoreToLookIn(product, entry);
     const auto look = LookIfTrial(product, store);
     KeptEntry(store, entry);
     RequireAllKeptAfter(store, entry, ZET_TEXT("go back to one from %s on"));
