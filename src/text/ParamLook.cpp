@@ -65,11 +65,6 @@ std::optional<Form> FormOf(std::string_view line, std::string_view name) {
     return found.hasBlanks ? Form::SetWithBlanks : Form::Set;
 }
 
-bool IsSetting(std::string_view line) {
-    Skip(line, kBlanks);
-    return !line.empty() && kCommentStarts.find(line.front()) == std::string_view::npos;
-}
-
 }  // namespace
 
 /// Determines the numbers of a few lines out of many.

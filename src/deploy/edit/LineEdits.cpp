@@ -4,6 +4,7 @@
 
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FilePart.h"
+#include "deploy/edit/LineRules.h"
 #include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
@@ -74,6 +75,13 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     RequireNoMarkBefore(product.Core(), edit, pattern);
     const std::string selection =
         PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
+    const NewLine given{selection, line};
+    const LinesToReplace found =
+        LookForLines(product.Core(), edit.Part().lines, edit.Part().linesBefore, given);
+    if (!found.isAnySelected && found.same)
+        return edit.LeaveUnchanged(Words("LINE stands in line %s already", std::to_string(*found.same)));
+    if (!options.section) TellSections(product.Out(), edit.Path(), found);
+    if (!found.isAnySelected) TellLineNotFoundAgain(product.Out(), edit.Path(), product.Core(), given);
     const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetLine(selection, newLine); });
 }
