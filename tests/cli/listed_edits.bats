@@ -116,6 +116,21 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
 }
 
+@test "an edit that would part a line from the next one is a problem" {
+    printf 'a=1\nb = 2 \\\n  3\nc\n' >out/plain
+    edits "$TWO_EDITS"
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:5: would part line 2 of $HOST/out/plain, which ends with \"\\\", from the next one (make one line of the two, or disable the edit)"
+    printf 'a=1\nx \\\nb = 2\nc\n' >out/plain
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"would part line 2 of $HOST/out/plain"* ]]
+    printf 'a=1\n# x \\\nb = 2 \\\\\nc\n' >out/plain
+    run_zet check-config
+    assert_status 0
+}
+
 @test "a merge leaves a line that a hand changed, and sets the others" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"

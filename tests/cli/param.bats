@@ -169,6 +169,27 @@ $(block b=2)
     assert_host_unchanged
 }
 
+@test "a line that goes on in the next one is not parted from it" {
+    printf 'OPTS="-a \\\n -b"\nx=1\n#y=\\\nz=a\\\\\n' >conf
+    printf 'run x \\\n b=1\n' >other
+    remember_host
+    local command
+    for command in "set conf OPTS 2" "set --no-markers conf OPTS 2" "unset conf OPTS"; do
+        run_zet param $command
+        assert_refusal 1 'conf:1: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
+    done
+    run_zet param set conf x 'a\'
+    assert_refusal 2 'VALUE ends with "\", and the line after it would be a part of it (--force sets it)'
+    run_zet param set other b 2
+    assert_refusal 1 'other:1: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
+    assert_host_unchanged
+    zet -q param set --no-markers other b 2
+    zet -q param set --force conf OPTS 2
+    zet -q param set conf x 'a\\'
+    zet -q param set conf y 2
+    zet -q param set conf z 2
+}
+
 @test "set without a backup leaves no reserve" {
     run_zet param set --no-backup conf kdc new
     assert_success "conf: changed"

@@ -12,6 +12,7 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "posix/PathNames.h"
+#include "text/Continuation.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"
 
@@ -76,6 +77,20 @@ void FailOfByteOrderMark(const std::string& path, std::size_t line) {
                    .line = static_cast<int>(line),
                    .text = _("begins with a byte order mark, behind which nothing is found"),
                    .remedy = _("save the file without the mark")});
+}
+
+void FailOfContinuation(const std::string& path, std::size_t line) {
+    throw Failure(
+        {.file = path,
+         .line = static_cast<int>(line),
+         .text = _("ends with \"\\\" and goes on in the next line, from which the edit would part it"),
+         .remedy = _("edit the two by hand; --force parts them")});
+}
+
+void RequireWholeLine(const std::string& text, const std::string& what) {
+    if (Text::GoesOn(text))
+        throw UsageError(Words(
+            "%s ends with \"\\\", and the line after it would be a part of it (--force sets it)", what));
 }
 
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,

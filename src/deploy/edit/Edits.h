@@ -35,6 +35,12 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
 /// find the one behind the mark.
 [[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
 
+/// The line number `line` goes on in the next one, and an edit of one of the two would part them.
+[[noreturn]] void FailOfContinuation(const std::string& path, std::size_t line);
+
+/// Throws a `UsageError` for a VALUE or LINE, named by `what`, that would go on in the line after it.
+void RequireWholeLine(const std::string& text, const std::string& what);
+
 /// The line with an end like those of the text. Warns if the text has mixed ends.
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line);

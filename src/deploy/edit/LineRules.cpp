@@ -1,8 +1,12 @@
 #include "deploy/edit/LineRules.h"
 
+#include <utility>
+
+#include "deploy/edit/Edits.h"
 #include "deploy/host/LineNumbers.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
+#include "text/Continuation.h"
 #include "text/Lines.h"
 #include "text/Sections.h"
 
@@ -15,9 +19,11 @@ LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t 
     std::size_t section = 0;
     bool isSetBeforeSections = false;
     std::size_t number = linesBefore;
+    bool isContinuation = false;
     while (!lines.empty()) {
         const std::string_view text = Text::TakeLine(lines).text;
         ++number;
+        const bool continues = std::exchange(isContinuation, Text::GoesOn(text));
         const bool isSame = Text::WithoutCarriageReturn(text) == line.text;
         if (isSame && !found.same) found.same = number;
         if (const auto heading = follower.Take(text)) {
@@ -30,10 +36,23 @@ LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t 
         found.isAnySelected = true;
         if (isSame) continue;
         found.changed.push_back(number);
+        if (!follower.IsInBlock()) {
+            std::optional<std::size_t>& first = isContinuation ? found.goesOn : found.whole;
+            if (!first) first = number;
+            if (continues && !found.continuation) found.continuation = number;
+        }
         found.sections.insert(section);
     }
     found.partCount = section + (isSetBeforeSections ? 1 : 0);
     return found;
+}
+
+void RequireWholeLines(const std::string& path, const LinesToReplace& found, const NewLine& line,
+                       bool noMarkers) {
+    const bool isPart = noMarkers && found.goesOn && !found.whole;
+    if (!isPart) RequireWholeLine(line.text, "LINE");
+    if (found.continuation && !noMarkers) FailOfContinuation(path, *found.continuation - 1);
+    if (found.goesOn && !(isPart && Text::GoesOn(line.text))) FailOfContinuation(path, *found.goesOn);
 }
 
 void TellSections(Observer& observer, const std::string& path, const LinesToReplace& found) {

@@ -103,6 +103,14 @@ void RequirePlaceForNewLine(const FoundParam& found) {
          .remedy = _("--section says where, --no-section before all of them")});
 }
 
+void RequireWholeLines(const FoundParam& found, bool isPart) {
+    for (const Text::ParamLine& line : Selected(found, IsTaken)) {
+        if (line.isInBlock) continue;
+        if (line.isContinuation && !isPart) FailOfContinuation(found.path, line.number - 1);
+        if (line.goesOn) FailOfContinuation(found.path, line.number);
+    }
+}
+
 void TellLinesToSet(Observer& observer, const FoundParam& found) {
     const auto taken = Selected(found, IsTaken);
     const bool isAllInBlocks =

@@ -33,6 +33,10 @@ void RequireOneSectionToRestore(const FoundParam& found);
 /// If the edit would add a line, requires that there are not several sections in which it could end up.
 void RequirePlaceForNewLine(const FoundParam& found);
 
+/// Requires that none of the lines that set it goes on in the next one: the rest would stay as a line of its
+/// own. The same goes for the line before it, unless the new line is a part of that one (`isPart`), too.
+void RequireWholeLines(const FoundParam& found, bool isPart);
+
 /// Reports which lines the edit is about, if it is not the one line that everybody expects.
 void TellLinesToSet(Observer& observer, const FoundParam& found);
 

@@ -11,6 +11,7 @@
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "posix/PathNames.h"
+#include "text/Continuation.h"
 #include "text/FirstLine.h"
 #include "text/ManagedText.h"
 #include "text/repair/TextToEdit.h"
@@ -83,6 +84,7 @@ void ListedLinesCheck::CheckLines(const FileWithLines& file) {
         for (std::size_t i = 0; i < places.size(); ++i) {
             if (!selects(line, places[i].text)) continue;
             CheckPlaceOfLine(file, line, places[i], owners[i]);
+            CheckWhole(managed, line, places[i]);
             owners[i] = &line;
         }
     }
@@ -99,6 +101,18 @@ void ListedLinesCheck::CheckPlaceOfLine(const FileWithLines& file, const LineToS
     if (place.isInBlock && place.text != line.line && !mayBeLists)
         Add(line, Words("%s stands in a managed block of something else", where),
             _("restore that, or leave the line to it"));
+}
+
+/// A line that goes on in the next one is not to be parted from it.
+void ListedLinesCheck::CheckWhole(const Text::ManagedText& text, const LineToSet& line,
+                                  const LineInPlace& place) {
+    if (place.isInBlock || place.text == line.line) return;
+    const bool isContinuation = place.number > 1 && Text::GoesOn(text.Line(place.number - 1).text);
+    if (!isContinuation && !Text::GoesOn(place.text)) return;
+    const std::string number = std::to_string(place.number - (isContinuation ? 1 : 0));
+    Add(line,
+        Words("would part line %s of %s, which ends with \"\\\", from the next one", number, line.edit.path),
+        _("make one line of the two, or disable the edit"));
 }
 
 void ListedLinesCheck::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {

@@ -9,6 +9,7 @@
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/ListedLines.h"
+#include "text/ManagedText.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -27,6 +28,7 @@ class ListedLinesCheck {
     void CheckLines(const FileWithLines& file);
     void CheckPlaceOfLine(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
                           const LineToSet* owner);
+    void CheckWhole(const Text::ManagedText& text, const LineToSet& line, const LineInPlace& place);
     void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
