@@ -257,6 +257,13 @@ $(block b=2)
 
 REMEDY='(NAME is part of a regular expression: use "line" with a PATTERN that says what is meant)'
 
+@test "a name that ends with a blank is told" {
+    run_zet param set --no-markers --no-backup conf 'k ' ' v'
+    assert_status 0
+    assert_stderr 'zet-client: warning: conf: NAME "k " ends with a blank, and no edit without that finds the line'
+    [[ $(tail -n 1 conf) == "k = v" ]]
+}
+
 @test "a name that selects a line without holding it is refused" {
     printf 'a.c=1\nabc=2\n' >conf
     remember_host

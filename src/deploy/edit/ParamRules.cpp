@@ -8,6 +8,7 @@
 #include "deploy/host/LineNumbers.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
+#include "text/Lines.h"
 #include "zet/deploy/Failure.h"
 
 namespace ZET::Deploy {
@@ -112,6 +113,9 @@ void RequireWholeLines(const FoundParam& found, bool isPart) {
 }
 
 void TellLinesToSet(Observer& observer, const FoundParam& found) {
+    if (Text::kBlanks.find(found.name.back()) != std::string_view::npos)
+        observer.Warning(Words("%s: NAME %s ends with a blank, and no edit without that finds the line",
+                               found.path, Quoted(found.name)));
     const auto taken = Selected(found, IsTaken);
     const bool isAllInBlocks =
         std::all_of(taken.begin(), taken.end(), [](const Text::ParamLine& line) { return line.isInBlock; });
