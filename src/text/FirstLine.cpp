@@ -13,6 +13,14 @@ std::string_view WithoutBlanks(std::string_view text) {
     return text.substr(0, text.find_last_not_of(kUsualBlanks) + 1);
 }
 
+/// Other formats have lines like "{ a", "{% a %}" and "[[a]]".
+bool BeginsJson(std::string_view text) {
+    if (!text.starts_with('{') && !text.starts_with('[')) return false;
+    const std::string_view next = WithoutBlanks(text.substr(1));
+    if (next.empty()) return true;
+    return text.front() == '{' ? next.front() == '"' || next.front() == '}' : next.front() == '{';
+}
+
 }  // namespace
 
 FirstLine FirstLineOf(std::string_view text) {
@@ -31,8 +39,7 @@ bool MustComeFirst(std::string_view line) {
     for (const std::string_view start :
          {std::string_view("#!"), std::string_view("<?"), std::string_view("<!"), kByteOrderMark})
         if (line.starts_with(start)) return true;
-    const std::string_view text = WithoutBlanks(line);
-    return text == "{" || text == "[";
+    return BeginsJson(WithoutBlanks(line));
 }
 
 }  // namespace ZET::Text

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "text/Continuation.h"
 #include "text/FirstLine.h"
 #include "text/Lines.h"
 #include "text/NextPlace.h"
@@ -65,11 +66,6 @@ std::optional<Form> FormOf(std::string_view line, std::string_view name) {
     return found.hasBlanks ? Form::SetWithBlanks : Form::Set;
 }
 
-bool IsSetting(std::string_view line) {
-    Skip(line, kBlanks);
-    return !line.empty() && kCommentStarts.find(line.front()) == std::string_view::npos;
-}
-
 }  // namespace
 
 /// Determines the numbers of a few lines out of many.
@@ -93,6 +89,7 @@ class ParamLook::Numbers {
 /// Most lines of most files have nothing to do with one parameter: lines that neither name it nor are a
 /// heading or a marker are skipped.
 void ParamLook::Take(std::string_view lines, std::size_t before) {
+    m_piece = lines;
     Numbers numbers(lines, before);
     NextPlace name(lines, m_name);
     NextPlace heading(lines, "[");
@@ -104,6 +101,7 @@ void ParamLook::Take(std::string_view lines, std::size_t before) {
             SkipTo(lines, std::min({name.In(lines), heading.In(lines), marker.In(lines)}));
         if (!lines.empty()) TakeLine(Text::TakeLine(lines).text, numbers);
     }
+    m_pieceBeforeGoesOn = GoesOn(LastLineOf(m_piece));
 }
 
 void ParamLook::TakeLine(std::string_view line, Numbers& numbers) {
@@ -114,7 +112,13 @@ void ParamLook::TakeLine(std::string_view line, Numbers& numbers) {
     }
     if (m_section == 0 && !m_isSetBeforeSections) m_isSetBeforeSections = IsSetting(line);
     if (const auto form = FormOf(line, m_name))
-        m_lines.push_back({*form, numbers.Of(line), m_section, m_sections.IsInBlock()});
+        m_lines.push_back(
+            {*form, numbers.Of(line), m_section, m_sections.IsInBlock(), GoesOn(line), IsContinuation(line)});
+}
+
+bool ParamLook::IsContinuation(std::string_view line) const {
+    const auto passed = static_cast<std::size_t>(line.data() - m_piece.data());
+    return passed == 0 ? m_pieceBeforeGoesOn : GoesOn(LastLineOf(m_piece.substr(0, passed)));
 }
 
 }  // namespace ZET::Text

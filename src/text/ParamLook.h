@@ -27,6 +27,8 @@ struct ParamLine {
     std::size_t number = 0;
     std::size_t section = 0;  ///< counted from 1; 0 before the first section
     bool isInBlock = false;
+    bool goesOn = false;          ///< in the next line
+    bool isContinuation = false;  ///< of the line before it
 };
 
 /// Finds a parameter in a text, in whatever form; the text may come in pieces of whole lines.
@@ -49,10 +51,13 @@ class ParamLook {
     class Numbers;
 
     void TakeLine(std::string_view line, Numbers& numbers);
+    bool IsContinuation(std::string_view line) const;
 
     std::string m_name;
     std::vector<ParamLine> m_lines;
     SectionFollower m_sections;
+    std::string_view m_piece;  ///< in which the lines now are
+    bool m_pieceBeforeGoesOn = false;
     std::size_t m_section = 0;
     bool m_isSetBeforeSections = false;
     std::string m_lastSection;

@@ -117,6 +117,11 @@ std::optional<std::string_view> SectionNameOf(std::string_view line) {
     return WithoutBlanks(line.substr(1, end - 1));
 }
 
+bool IsSetting(std::string_view line) {
+    const std::string_view text = WithoutBlanks(line);
+    return !text.empty() && !IsComment(text);
+}
+
 std::optional<SectionFollower::Heading> SectionFollower::Take(std::string_view line) {
     m_step = m_blocks.Take(MarkerOf(line));
     const auto name = SectionNameOf(line);

@@ -14,6 +14,9 @@ namespace ZET::Text {
 /// The name in a line that begins a section, without the blanks around it; none for any other line.
 std::optional<std::string_view> SectionNameOf(std::string_view line);
 
+/// Whether the line is neither empty nor a comment.
+bool IsSetting(std::string_view line);
+
 /// Tracks the sections of a text, line by line.
 class SectionFollower {
   public:

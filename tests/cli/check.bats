@@ -68,10 +68,13 @@ $file:13:1: \"# --ZET_TEMPLATE_COMMENT--\" has no end (add a line \"# --ZET_COMM
 
 @test "a working copy that an edit gave a notice is told, and without it a commit writes its own" {
     zet -q template install one.conf
-    zet -q param set etc/one.conf NAME value
+    run_zet param set etc/one.conf NAME value
+    assert_status 0
+    assert_stderr "zet-client: warning: etc/one.conf: is the working copy of [one.conf], which no commit takes with a notice in it (--no-markers edits without)"
     assert_problems "$HOST/etc/one.conf:1:1: \"# --ZET_CONFIG_COMMENT--\" in its first line keeps the notice out that names the template (take the notice out: a commit writes its own)"
     zet -q template install --force one.conf
-    zet -q param set --no-markers etc/one.conf NAME value
+    run_zet -q param set --no-markers etc/one.conf NAME value
+    assert_success "etc/one.conf: changed, the original is kept as etc/one.conf.before_zet"
     run_zet -q check-config
     assert_success ""
     zet -q commit-config

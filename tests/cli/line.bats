@@ -92,6 +92,53 @@ $(block new)"
     assert_file conf $'first one\nsecond\n\nlast\nadded line\n'
 }
 
+@test "set adds a line once, though the pattern does not select it" {
+    printf '#Port 22\n' >conf
+    zet -q line set conf '^#Port ' 'Port 2222'
+    remember_host
+    run_zet line set conf '^#Port ' 'Port 2222'
+    assert_success "conf: unchanged, LINE stands in line 10 already"
+    run_zet line set --no-markers conf '^#Port ' 'Port 2222'
+    assert_success "conf: unchanged, LINE stands in line 10 already"
+    assert_host_unchanged
+    run_zet line set --no-markers conf '^#Port ' 'Port 3333'
+    assert_status 0
+    assert_stderr "zet-client: warning: conf: PATTERN selects neither a line of the file nor LINE, which is added and not found again (give a PATTERN that selects both)"
+    run_zet line set --no-markers conf '^Port 4' 'Port 4444'
+    assert_status 0
+    assert_stderr ""
+}
+
+@test "set knows the line that it would add with either line end" {
+    printf '[a]\r\nx\r\n' >conf
+    remember_host
+    run_zet line set conf '^nope' x
+    assert_success "conf: unchanged, LINE stands in line 2 already"
+    run_zet line set --section a conf '^nope' x
+    assert_success "conf: unchanged, LINE stands in line 2 already"
+    assert_host_unchanged
+}
+
+@test "set parts no line from the one in which it goes on" {
+    printf '# a \\\nADMINS = anna, \\\n    bert, \\\n    carl\nx=1\n' >sudoers
+    remember_host
+    local options
+    for options in "" --no-markers "--no-section"; do
+        run_zet line set $options sudoers '^ADMINS' 'ADMINS = anna'
+        assert_refusal 1 'sudoers:2: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
+    done
+    run_zet line set sudoers carl '    dora'
+    assert_refusal 1 'sudoers:3: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
+    run_zet line set sudoers '^x' 'x=\'
+    assert_refusal 2 'LINE ends with "\", and the line after it would be a part of it (--force sets it)'
+    assert_host_unchanged
+    zet -q line set --no-markers --no-backup sudoers bert '    dora, \'
+    zet -q line set --no-markers --no-backup sudoers carl '    emil'
+    zet -q line set --no-markers --no-backup sudoers '^x' x=2
+    assert_file sudoers $'# a \\\nADMINS = anna, \\\n    dora, \\\n    emil\nx=2\n'
+    zet -q line set --no-markers --force sudoers '^ADMINS' 'ADMINS = anna'
+}
+
 @test "set adds no line beside one that a byte order mark keeps from matching" {
     printf '\xef\xbb\xbfa=1\nb=2\n' >bom
     remember_host

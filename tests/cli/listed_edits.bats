@@ -98,11 +98,11 @@ line = "b = 3"'
     run_zet --json status
     assert_json '[e["state"] for e in d["listed_edits"]]' '["in sync", "edited"]'
     run_zet commit-config --on-edit=refuse
-    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since (--on-edit=overwrite sets it again, and the history keeps the edit)
+    assert_refusal 1 "$HOST/out/plain:14: a line that the last commit set was changed since (--on-edit=overwrite sets it again, and the history keeps the edit)
 zet-client: nothing was changed"
     run_zet commit-config
     assert_status 0
-    assert_stderr "zet-client: warning: $HOST/out/plain: a line that the last commit set was changed since; it is set again
+    assert_stderr "zet-client: warning: $HOST/out/plain:14: a line that the last commit set was changed since; it is set again
 zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     assert_equal "$(<out/plain)" "$committed"
     zet undo
@@ -116,6 +116,21 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
 }
 
+@test "an edit that would part a line from the next one is a problem" {
+    printf 'a=1\nb = 2 \\\n  3\nc\n' >out/plain
+    edits "$TWO_EDITS"
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:5: would part line 2 of $HOST/out/plain, which ends with \"\\\", from the next one (make one line of the two, or disable the edit)"
+    printf 'a=1\nx \\\nb = 2\nc\n' >out/plain
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"would part line 2 of $HOST/out/plain"* ]]
+    printf 'a=1\n# x \\\nb = 2 \\\\\nc\n' >out/plain
+    run_zet check-config
+    assert_status 0
+}
+
 @test "a merge leaves a line that a hand changed, and sets the others" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"
@@ -124,7 +139,7 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     echo NTP_SERVER=fleet >etc/defaults.d/10.conf
     run_zet --json commit-config --on-edit=merge
     assert_status 0
-    assert_stderr "zet-client: $HOST/out/plain: a line that the last commit set was changed since; it stays"
+    assert_stderr "zet-client: $HOST/out/plain:14: a line that the last commit set was changed since; it stays"
     assert_json '[[t["result"], t["edited"], t["merged"]] for t in d["targets"]]' \
         '[["unchanged", false, false], ["changed", false, true]]'
     grep -Fx 'a=fleet' out/plain
@@ -147,7 +162,7 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     zet commit-config
     printf 'a=mine\nb = 3\n' >out/plain
     run_zet commit-config --on-edit=refuse
-    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since (--on-edit=overwrite sets it again, and the history keeps the edit)
+    assert_refusal 1 "$HOST/out/plain:1: a line that the last commit set was changed since (--on-edit=overwrite sets it again, and the history keeps the edit)
 zet-client: nothing was changed"
     run_zet commit-config --on-edit=merge
     assert_status 0
@@ -159,7 +174,7 @@ zet-client: nothing was changed"
     [[ $stderr == *"$HOST/out/plain:"*": was edited here, where the lists ask for another line, too"* ]]
     run_zet commit-config
     assert_status 0
-    [[ $stderr == *"$HOST/out/plain: a line that the last commit set was changed since; it is set again"* ]]
+    [[ $stderr == *"$HOST/out/plain:8: a line that the last commit set was changed since; it is set again"* ]]
     grep -Fx 'a=other' out/plain
     run_zet --json history
     assert_json '[f["edited"] for f in d["entries"][0]["files"] if f["path"].endswith("plain")]' '[true]'
@@ -243,7 +258,7 @@ zet-client: nothing was changed"
     zet commit-config
     sed -i 's/^b = 3/b = 4/' out/plain
     run_zet commit-config
-    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since, and the history cannot keep the edit (--on-edit=overwrite sets it again all the same)
+    assert_refusal 1 "$HOST/out/plain:14: a line that the last commit set was changed since, and the history cannot keep the edit (--on-edit=overwrite sets it again all the same)
 zet-client: nothing was changed"
     run_zet commit-config --on-edit=overwrite
     assert_status 0
@@ -612,7 +627,7 @@ assert_told() {
     grep -Fx 'a=shipped' out/plain
     run_zet commit-config
     assert_status 0
-    [[ $stderr == *"$HOST/out/plain: a line that the last commit set was changed since; it is set again"* ]]
+    [[ $stderr == *"$HOST/out/plain:10: a line that the last commit set was changed since; it is set again"* ]]
     grep -Fx 'a=fleet' out/plain
     grep -Fx 'b = 3' out/plain
     run_zet status

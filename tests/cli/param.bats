@@ -169,6 +169,27 @@ $(block b=2)
     assert_host_unchanged
 }
 
+@test "a line that goes on in the next one is not parted from it" {
+    printf 'OPTS="-a \\\n -b"\nx=1\n#y=\\\nz=a\\\\\n' >conf
+    printf 'run x \\\n b=1\n' >other
+    remember_host
+    local command
+    for command in "set conf OPTS 2" "set --no-markers conf OPTS 2" "unset conf OPTS"; do
+        run_zet param $command
+        assert_refusal 1 'conf:1: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
+    done
+    run_zet param set conf x 'a\'
+    assert_refusal 2 'VALUE ends with "\", and the line after it would be a part of it (--force sets it)'
+    run_zet param set other b 2
+    assert_refusal 1 'other:1: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
+    assert_host_unchanged
+    zet -q param set --no-markers other b 2
+    zet -q param set --force conf OPTS 2
+    zet -q param set conf x 'a\\'
+    zet -q param set conf y 2
+    zet -q param set conf z 2
+}
+
 @test "set without a backup leaves no reserve" {
     run_zet param set --no-backup conf kdc new
     assert_success "conf: changed"
@@ -235,6 +256,13 @@ $(block b=2)
 }
 
 REMEDY='(NAME is part of a regular expression: use "line" with a PATTERN that says what is meant)'
+
+@test "a name that ends with a blank is told" {
+    run_zet param set --no-markers --no-backup conf 'k ' ' v'
+    assert_status 0
+    assert_stderr 'zet-client: warning: conf: NAME "k " ends with a blank, and no edit without that finds the line'
+    [[ $(tail -n 1 conf) == "k = v" ]]
+}
 
 @test "a name that selects a line without holding it is refused" {
     printf 'a.c=1\nabc=2\n' >conf

@@ -55,6 +55,19 @@ teardown() {
     assert_file other $'x=2\n'
 }
 
+@test "a former line that lost its block stays, and the way back is named" {
+    zet -q file strip conf
+    echo c=1 >>conf
+    run_zet rollback-config -n
+    [[ $output == *"$HOST/conf: the notice would be taken out; kept former lines stay"* ]]
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$HOST/conf: the notice is taken out; kept former lines stay (\"param restore\" or \"line restore\" brings one back), and the file is on record (--force puts back what was there before)"* ]]
+    assert_file conf $'# --PRE-ZET-- a=1\nb=2\nc=1\n'
+    zet -q param restore --no-markers conf a
+    assert_file conf $'a=1\nb=2\nc=1\n'
+}
+
 @test "damaged markers are refused with their line, and the others go back" {
     sed -i '/ZET_END/d' conf
     zet -q commit-config

@@ -224,6 +224,48 @@ $(sed 's/^/+/' <<<"${NOTICE%$'\n'}")
     assert_equal "$(sed '/^# --ZET_CONFIG_COMMENT--$/,/^# --ZET_COMMENT_END--$/d' conf)" "$former"
 }
 
+@test "a line that is set in several sections is told" {
+    printf 'x=0\n[a]\nx=1\n[b]\nx=2\n' >conf
+    run_zet -n line set conf '^x=[12]' x=3
+    assert_status 3
+    assert_stderr 'zet-client: warning: conf: lines 3 and 5 stand in several sections, and all of them are set (--section says which)'
+    run_zet -n line set conf '^x' x=3
+    assert_stderr 'zet-client: warning: conf: lines 1, 3 and 5 stand in several sections, and all of them are set (--section or --no-section says which)'
+    local options
+    for options in "--no-section conf ^x" "--section a conf ^x" "conf ^x=1"; do
+        run_zet -n line set $options x=3
+        assert_status 3
+        assert_stderr ""
+    done
+    zet -q line set conf '^x' x=3
+    run_zet line set conf '^x' x=3
+    assert_success "conf: unchanged"
+}
+
+@test "a line that is added to the last of several sections is told" {
+    run_zet -n line set conf ^new new=1
+    assert_status 3
+    assert_stderr 'zet-client: warning: conf: no line matches, and the new one comes to stand in the last section, [b] (--section says where, --no-section before all of them)'
+    local options
+    for options in "--no-section conf" "--section a conf"; do
+        run_zet -n line set $options ^new new=1
+        assert_status 3
+        assert_stderr ""
+    done
+    printf '# about\n[a]\nx=1\n' >one
+    run_zet -n line set one ^new new=1
+    assert_status 3
+    assert_stderr ""
+}
+
+@test "the way to a parameter with blanks names the section where several have it" {
+    printf '[a]\nz = 1\n[b]\nz = 2\n' >conf
+    run_zet param set conf z 3
+    assert_refusal 1 'conf:2: sets "z" with blanks before the "=", which is no line "name=value" ("line set" with --section and the PATTERN "^\s*z\s*=" sets it)'
+    run_zet param set --section b conf z 3
+    assert_refusal 1 'conf:4: sets "z" with blanks before the "=", which is no line "name=value" ("line set" with the PATTERN "^\s*z\s*=" sets it)'
+}
+
 @test "a pattern that selects every line of a section leaves the lines of the system alone" {
     zet -q line set --section b --no-markers --no-backup conf '.' y
     assert_file conf $'top=0\n\n[a]\nx=1\n# [no]\n\n# about b\n[b]\ny\ny\n'

@@ -10,7 +10,9 @@ namespace ZET::Deploy {
 struct EditOptions {
     bool noMarkers = false;  ///< write no marker lines
     bool noBackup = false;   ///< keep no reserve of the file
-    bool force = false;      ///< also edit what a commit wrote: a target, or a line that the lists ask for
+    /// Also edit what a commit wrote: a target, or a line that the lists ask for. Also part lines that go on
+    /// in the next one.
+    bool force = false;
     bool allBlocks = false;  ///< a restore also drops the managed blocks of others
 
     /// Restricts the edit of a parameter or line to the section "[name]"; if empty, to the lines before the

@@ -12,6 +12,7 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "posix/PathNames.h"
+#include "text/Continuation.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"
 
@@ -69,6 +70,12 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
                    .text = _("the programs that read the file need this line as its first, and a notice "
                              "would come before it"),
                    .remedy = _("--no-markers edits without notice and markers")});
+}
+
+void RequireWholeLine(const std::string& text, const std::string& what) {
+    if (Text::GoesOn(text))
+        throw UsageError(Words(
+            "%s ends with \"\\\", and the line after it would be a part of it (--force sets it)", what));
 }
 
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,

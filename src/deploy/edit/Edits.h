@@ -30,6 +30,9 @@ std::string FileToEdit(const Host& host, const std::string& file);
 /// Throws a `Failure` if the edit would put a notice before a first line that has to stay the first.
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);
 
+/// Throws a `UsageError` for a VALUE or LINE, named by `what`, that would go on in the line after it.
+void RequireWholeLine(const std::string& text, const std::string& what);
+
 /// The line with an end like those of the text. Warns if the text has mixed ends.
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line);

@@ -4,6 +4,7 @@
 
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FilePart.h"
+#include "deploy/edit/LineRules.h"
 #include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/Failure.h"
@@ -103,6 +104,14 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     const std::string selection =
         PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
     RequireNoReturnBehind(product.Core(), edit.Path(), selection, edit.Part());
+    const NewLine given{selection, line};
+    const LinesToReplace found =
+        LookForLines(product.Core(), edit.Part().lines, edit.Part().linesBefore, given);
+    if (!found.isAnySelected && found.same)
+        return edit.LeaveUnchanged(Words("LINE stands in line %s already", std::to_string(*found.same)));
+    if (!options.force) RequireWholeLines(edit.Path(), found, given, options.noMarkers);
+    if (!options.section) TellSections(product.Out(), edit.Path(), found);
+    if (!found.isAnySelected) TellLineNotFoundAgain(product.Out(), edit.Path(), product.Core(), given);
     const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);
     RequireNoReturnBehindLine(product.Core(), edit.Path(), selection, newLine);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetLine(selection, newLine); });

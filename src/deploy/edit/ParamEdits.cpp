@@ -152,6 +152,10 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
     edit.RequireLiteral(ZETEditOpening);
     RequireSettable(edit.Found(), options.section.has_value());
+    if (!options.force) {
+        RequireWholeLines(edit.Found(), options.noMarkers);
+        RequireWholeLine(value, "VALUE");
+    }
     TellLinesToSet(product.Out(), edit.Found(), _("\"line set\" with a PATTERN sets one"));
     const std::string line = LineToSet(product.Out(), edit.Path(), edit.Text(), value);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetParamValue(name, line); });
@@ -166,6 +170,7 @@ FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::
     RequireNoMarkBefore(edit.Found());
     RequireNoBlanks(edit.Found(), "line set", _("comments it out, with a LINE that begins with \"#\""));
     if (!options.section) RequireOneSectionToGet(edit.Found());
+    if (!options.force) RequireWholeLines(edit.Found(), false);
     const std::string pattern = ZETLookupOpening + name + "=";
     const std::set<std::string> lines = SettingLines(product.Core(), edit.Part().lines, pattern);
     if (lines.empty()) return edit.LeaveUnchanged(Words("no line sets \"%s\"", name));

@@ -192,8 +192,11 @@ void CommitPlan::JudgeLines(OnEdit onEdit) {
     for (const PlannedLines& planned : m_lines->Files()) {
         Append(m_checked.problems, planned.conflicts);
         if (!planned.isEdited || !planned.conflicts.empty()) continue;
-        Append(m_checked.problems, ObjectionTo(m_product, planned.file, planned.DescribeOthersWork(), onEdit,
-                                               planned.file.original ? kWaysOfFile : kWaysOfLine));
+        std::optional<Problem> objection =
+            ObjectionTo(m_product, planned.file, planned.DescribeOthersWork(), onEdit,
+                        planned.file.original ? kWaysOfFile : kWaysOfLine);
+        if (objection) objection->line = planned.editedLine;
+        Append(m_checked.problems, std::move(objection));
     }
 }
 

@@ -11,6 +11,8 @@
 #include "deploy/targets/BareLines.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/UnmarkedEdits.h"
+#include "text/Lines.h"
+#include "text/Markers.h"
 #include "text/ShellWord.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
@@ -66,6 +68,13 @@ std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text)
     });
 }
 
+bool HasFormerLines(std::string_view text) {
+    const std::vector<Text::TextLine> lines = Text::SplitLines(text);
+    return std::any_of(lines.begin(), lines.end(), [](const Text::TextLine& line) {
+        return Text::MarkerOf(line.text) == Text::Marker::FormerLine;
+    });
+}
+
 /// Whether the file, if it had this text, would be what its reserve is.
 bool IsAsReserve(const WrittenFile& file, const std::string& text) {
     return StateOf(file.path).mode == StateOf(file.Reserve()).mode && ReadFileBytes(file.Reserve()) == text;
@@ -101,6 +110,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     if (const auto damage = Text::FindDamage(text))
         throw Failure(Text::ProblemOf(file.path, *damage, product.Wanted().program, file.path));
     edit.text = WithoutOwnBlocks(lines, text);
+    edit.hasBlocks = !BlockLinesOf(text).empty();
     // A killed run may have kept the original, and done no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
@@ -140,18 +150,20 @@ std::string WordsOfKept(const WrittenFile& file, const std::string& force) {
         force);
 }
 
-std::string WordsOfUnmarked(const WrittenFile& file, bool isDryRun, const std::string& force) {
-    constexpr const char* kWords[2][2] = {
-        {ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
-                  "(%s forgets it)"),
-         ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
-                  "(%s puts back what was there before)")},
-        {ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
-                  "record (%s forgets it)"),
-         ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
-                  "record (%s puts back what was there before)")}};
-    const bool hasReserve = IsFileExist(file.Reserve());
-    return Words(kWords[isDryRun ? 1 : 0][hasReserve ? 1 : 0], force);
+std::string WordsOfUnmarked(const WrittenFile& file, const EditToTakeBack& edit, bool isDryRun,
+                            const std::string& force) {
+    constexpr const char* kTaken[2][2] = {
+        {ZET_TEXT("the notice is taken out"), ZET_TEXT("the notice would be taken out")},
+        {ZET_TEXT("the managed blocks are taken out"), ZET_TEXT("the managed blocks would be taken out")}};
+    const char* const stays =
+        HasFormerLines(edit.text)
+            ? ZET_TEXT(
+                  "%s; kept former lines stay (\"param restore\" or \"line restore\" brings one back), and "
+                  "the file is on record (%s)")
+            : ZET_TEXT("%s; what was edited without markers stays, and is on record (%s)");
+    const char* const way = IsFileExist(file.Reserve()) ? ZET_TEXT("%s puts back what was there before")
+                                                        : ZET_TEXT("%s forgets it");
+    return Words(stays, _(kTaken[edit.hasBlocks ? 1 : 0][isDryRun ? 1 : 0]), Words(way, force));
 }
 
 }  // namespace ZET::Deploy

@@ -25,6 +25,7 @@ struct EditToTakeBack {
     Way way = Way::Forget;
     std::string remark{};
     std::string text{};                    ///< what is left without the blocks
+    bool hasBlocks = false;                ///< before that
     std::vector<RememberedLine> others{};  ///< lines that the other role has set there, and that stay
     bool isUnmarked = false;               ///< what was edited without markers, or lost them, stays, too
 };
@@ -39,7 +40,8 @@ std::string WordsOfNoReserve(Host& host, const WrittenFile& file);
 /// What is reported of a file that is kept, and of one that only loses its blocks. `force` names what puts
 /// the file back, or forgets it.
 std::string WordsOfKept(const WrittenFile& file, const std::string& force);
-std::string WordsOfUnmarked(const WrittenFile& file, bool isDryRun, const std::string& force);
+std::string WordsOfUnmarked(const WrittenFile& file, const EditToTakeBack& edit, bool isDryRun,
+                            const std::string& force);
 
 }  // namespace ZET::Deploy
 

@@ -151,6 +151,14 @@ void FailOfByteOrderMark(const std::string& path, std::size_t line) {
                    .remedy = _("save the file without the mark")});
 }
 
+void FailOfContinuation(const std::string& path, std::size_t line) {
+    throw Failure(
+        {.file = path,
+         .line = static_cast<int>(line),
+         .text = _("ends with \"\\\" and goes on in the next line, from which the edit would part it"),
+         .remedy = _("edit the two by hand; --force parts them")});
+}
+
 bool IsLiteralName(const std::string& name) {
     return name.find_first_of(kSpecial) == std::string::npos;
 }

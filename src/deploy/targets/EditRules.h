@@ -53,6 +53,9 @@ void RequireSectionName(const std::optional<std::string>& section);
 /// find the one behind the mark.
 [[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
 
+/// The line number `line` goes on in the next one, and an edit of one of the two would part them.
+[[noreturn]] void FailOfContinuation(const std::string& path, std::size_t line);
+
 /// The text as a regular expression that selects nothing else.
 std::string Escaped(std::string_view text);
 

@@ -5,6 +5,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/LinesInPlace.h"
+#include "text/Continuation.h"
 #include "text/ManagedText.h"
 
 namespace ZET::Deploy {
@@ -33,6 +34,7 @@ class LineJudge {
             for (std::size_t i = 0; i < places.size(); ++i) {
                 if (!IsSelected(line, places[i].text)) continue;
                 JudgePlace(line, places[i], owners[i]);
+                JudgeWhole(managed, line, places[i]);
                 owners[i] = &line;
             }
         }
@@ -87,6 +89,18 @@ class LineJudge {
         if (place.isInBlock && place.text != line.line && !mayBeLists)
             Add(line, Words("%s stands in a managed block of something else", where),
                 _("restore that, or leave the line to it"));
+    }
+
+    /// A line that goes on in the next one is not to be parted from it.
+    void JudgeWhole(const Text::ManagedText& text, const LineToSet& line, const LineInPlace& place) {
+        if (place.isInBlock || place.text == line.line) return;
+        const bool isContinuation = place.number > 1 && Text::GoesOn(text.Line(place.number - 1).text);
+        if (!isContinuation && !Text::GoesOn(place.text)) return;
+        const std::string number = std::to_string(place.number - (isContinuation ? 1 : 0));
+        Add(line,
+            Words("would part line %s of %s, which ends with \"\\\", from the next one", number,
+                  line.edit.path),
+            _("make one line of the two, or disable the edit"));
     }
 
     void Add(const LineToSet& line, const std::string& text, const std::string& remedy) {

@@ -103,13 +103,15 @@ void LinesPlan::JudgeEdited(PlannedLines& planned) const {
         IZETCore& core = m_product.Core();
         const bool isEdited = StateOfLine(file, line, places, core) == kEdited;
         if (!isEdited && !IsTakenOver(file, line, places, core)) continue;
+        const int number = NumberOf(line, places, core);
+        if (planned.editedLine == 0) planned.editedLine = number;
         line.stays = m_onEdit == OnEdit::Merge && file.HasSet(SelectorOf(line.edit), line.line);
         planned.isMerged = planned.isMerged || line.stays;
         planned.isEdited = planned.isEdited || !line.stays;
         if (m_onEdit == OnEdit::Merge && !line.stays)
             planned.conflicts.push_back(
                 {.file = file.path,
-                 .line = NumberOf(line, places, core),
+                 .line = number,
                  .text = _("was edited here, where the lists ask for another line, too"),
                  .remedy = _("take the edit out; --on-edit=overwrite sets the line again, and the history "
                              "keeps the edit")});
@@ -121,12 +123,17 @@ void LinesPlan::JudgeEditedTarget(PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     planned.isEdited = IsFormerTargetEdited(m_known, file);
     planned.dropsMerge = planned.isEdited && m_known.IsAsLeft(file.path);
+    planned.editedLine = 0;
     if (planned.isEdited && m_onEdit == OnEdit::Merge)
         planned.conflicts.push_back(
             {.file = file.path,
              .text =
                  Words("%s, and cannot be merged with what was there before", planned.DescribeOthersWork()),
              .remedy = _("take the edit out; --on-edit=overwrite replaces it, and the history keeps it")});
+}
+
+std::string PlannedLines::Place() const {
+    return editedLine == 0 ? file.path : file.path + ":" + std::to_string(editedLine);
 }
 
 std::string PlannedLines::DescribeOthersWork() const {

@@ -20,9 +20,13 @@ struct PlannedLines {
     bool isEdited = false;             ///< somebody changed a line that a commit had set; it is set again
     bool isMerged = false;             ///< somebody changed such a line, and it stays as it is
     bool dropsMerge = false;           ///< the edits in the target that would be lost were merged by a commit
+    int editedLine = 0;                ///< the first one that somebody changed; 0: it cannot be named
     std::vector<Problem> conflicts{};  ///< somebody changed a line, and the lists now ask for another one
 
     bool IsChange() const { return !staged.empty(); }
+
+    /// The file, with the first line that was changed if one can be named.
+    std::string Place() const;
 
     /// Describes the others' work that is not going to stay.
     std::string DescribeOthersWork() const;

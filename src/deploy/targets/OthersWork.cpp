@@ -74,22 +74,22 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
 void WarnOfOthersWork(Host& host, const PlannedLines& planned) {
     if (planned.isOriginalLost) WarnOfLostOriginal(host, planned.file.path);
     if (planned.isMerged) {
-        host.Out().Remark(host.Wanted().dryRun
-                              ? Words("%s: a line that the last commit set was changed since; it would stay",
-                                      planned.file.path)
-                              : Words("%s: a line that the last commit set was changed since; it stays",
-                                      planned.file.path));
+        host.Out().Remark(
+            host.Wanted().dryRun
+                ? Words("%s: a line that the last commit set was changed since; it would stay",
+                        planned.Place())
+                : Words("%s: a line that the last commit set was changed since; it stays", planned.Place()));
     }
     if (!planned.isEdited) return;
     const std::string& path = planned.file.path;
     if (planned.file.original)
         host.Out().Warning(path + ": " + FateOfTarget(planned, host.Wanted().dryRun));
     else if (host.Wanted().dryRun)
-        host.Out().Warning(
-            Words("%s: a line that the last commit set was changed since; it would be set again", path));
+        host.Out().Warning(Words(
+            "%s: a line that the last commit set was changed since; it would be set again", planned.Place()));
     else
         host.Out().Warning(
-            Words("%s: a line that the last commit set was changed since; it is set again", path));
+            Words("%s: a line that the last commit set was changed since; it is set again", planned.Place()));
     TellLossToCome(host, path, planned.file.version);
 }
 

@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/LineNumbers.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
+#include "text/Lines.h"
 
 namespace ZET::Deploy {
 
@@ -14,8 +16,6 @@ namespace {
 
 using Form = Text::ParamLine::Form;
 using Selection = std::function<bool(const Text::ParamLine& line)>;
-
-constexpr std::size_t kMostNumbers = 10;  ///< in one message
 
 std::vector<Text::ParamLine> Selected(const FoundParam& found, const Selection& isSelected) {
     std::vector<Text::ParamLine> selected;
@@ -29,20 +29,11 @@ bool IsTaken(const Text::ParamLine& line) {
     return line.form == Form::Set || line.form == Form::CommentedOut;
 }
 
-/// "3", "3 and 9", "3, 9 and 12", "3, 9, ... and 90 more".
 std::string Numbers(const std::vector<Text::ParamLine>& lines) {
-    const std::size_t count = std::min(lines.size(), kMostNumbers);
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string number = std::to_string(lines[i].number);
-        if (i == 0)
-            text = number;
-        else if (i + 1 == lines.size())
-            text = Words("%s and %s", text, number);
-        else
-            text += ", " + number;
-    }
-    return lines.size() > count ? Words("%s and %s more", text, std::to_string(lines.size() - count)) : text;
+    std::vector<std::size_t> numbers;
+    for (const Text::ParamLine& line : lines)
+        numbers.push_back(line.number);
+    return LineNumbers(numbers);
 }
 
 std::string Quoted(const std::string& name) {
@@ -82,12 +73,15 @@ void RequireNoBlanks(const FoundParam& found, const std::string& command, const 
     const auto lines =
         Selected(found, [](const Text::ParamLine& line) { return line.form == Form::SetWithBlanks; });
     if (lines.empty()) return;
+    const bool isInOneSection = lines.front().section == lines.back().section;
     throw Failure({.file = found.path,
                    .line = static_cast<int>(lines.front().number),
                    .text = Words("sets %s with blanks before the \"=\", which is no line \"name=value\"",
                                  Quoted(found.name)),
-                   .remedy = Words("\"%s\" with the PATTERN \"^\\s*%s\\s*=\" %s", command,
-                                   Escaped(found.name), effect)});
+                   .remedy = Words(
+                       isInOneSection ? ZET_TEXT("\"%s\" with the PATTERN \"^\\s*%s\\s*=\" %s")
+                                      : ZET_TEXT("\"%s\" with --section and the PATTERN \"^\\s*%s\\s*=\" %s"),
+                       command, Escaped(found.name), effect)});
 }
 
 void RequireNoMarkBefore(const FoundParam& found) {
@@ -114,7 +108,18 @@ void RequireSettable(const FoundParam& found, bool isInSection) {
     RequirePlaceForNewLine(found);
 }
 
+void RequireWholeLines(const FoundParam& found, bool isPart) {
+    for (const Text::ParamLine& line : Selected(found, IsTaken)) {
+        if (line.isInBlock) continue;
+        if (line.isContinuation && !isPart) FailOfContinuation(found.path, line.number - 1);
+        if (line.goesOn) FailOfContinuation(found.path, line.number);
+    }
+}
+
 void TellLinesToSet(Observer& observer, const FoundParam& found, const std::string& oneLine) {
+    if (Text::kBlanks.find(found.name.back()) != std::string_view::npos)
+        observer.Warning(Words("%s: NAME %s ends with a blank, and no edit without that finds the line",
+                               found.path, Quoted(found.name)));
     const auto taken = Selected(found, IsTaken);
     const bool isAllInBlocks =
         std::all_of(taken.begin(), taken.end(), [](const Text::ParamLine& line) { return line.isInBlock; });

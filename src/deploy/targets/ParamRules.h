@@ -33,6 +33,10 @@ void RequireOneSectionToRestore(const FoundParam& found);
 /// or would get it, unless the edit is about one section.
 void RequireSettable(const FoundParam& found, bool isInSection);
 
+/// Requires that none of the lines that set it goes on in the next one: the rest would stay as a line of its
+/// own. The same goes for the line before it, unless the new line is a part of that one (`isPart`), too.
+void RequireWholeLines(const FoundParam& found, bool isPart);
+
 /// Reports which lines the edit is about, if it is not the one line that everybody expects. `oneLine` says
 /// how one of several is set.
 void TellLinesToSet(Observer& observer, const FoundParam& found, const std::string& oneLine);

@@ -147,7 +147,7 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             break;
         case EditToTakeBack::Way::Blocks:
             if (edit.isUnmarked)
-                edit.remark = WordsOfUnmarked(step.file, m_product.Wanted().dryRun, Force(step.file));
+                edit.remark = WordsOfUnmarked(step.file, edit, m_product.Wanted().dryRun, Force(step.file));
             DecideBlocks(step, std::move(edit.text), edit.remark);
             if (edit.isUnmarked) FailToTakeBack(step, step.file.path + ": " + edit.remark);
             break;

@@ -120,15 +120,21 @@ class BlockCheck {
     }
 
     void NoteEmpty(std::size_t end) {
+        const bool hasFormerLine = m_begin > 0 && m_repair.MarkerAt(m_begin - 1) == Marker::FormerLine;
+        const bool mayStandBefore = m_begin > 0 && m_repair.MarkerAt(m_begin - 1) == Marker::None;
         std::vector<std::string> choices;
-        if (m_begin > 0) {
+        if (mayStandBefore)
             choices.push_back(
                 Words("put the begin marker before %s, if that line is the system's", LineName(m_begin - 1)));
-        }
-        if (end + 1 < m_repair.Size())
-            choices.push_back(Words("put the end marker after %s, if that one is", LineName(end + 1)));
+        if (end + 1 < m_repair.Size() && m_repair.MarkerAt(end + 1) == Marker::None)
+            choices.push_back(
+                Words(mayStandBefore ? ZET_TEXT("put the end marker after %s, if that one is")
+                                     : ZET_TEXT("put the end marker after %s, if that line is the system's"),
+                      LineName(end + 1)));
         choices.emplace_back(_("write the block's line between the markers"));
-        choices.emplace_back(_("take both markers out, if it is not wanted any more"));
+        choices.push_back(hasFormerLine ? Words("take both markers out, and bring back the former line in %s",
+                                                LineName(m_begin - 1))
+                                        : _("take both markers out, if it is not wanted any more"));
         m_repair.NoteAmbiguous(m_begin, "empty-block",
                                _("a block holds no line, and the system writes one into each: it was lost, "
                                  "or changed places with a marker"),

@@ -163,6 +163,23 @@ TEST(MarkerRepair, EmptyBlockIsAmbiguous) {
                             "take both markers out, if it is not wanted any more"));
 }
 
+TEST(MarkerRepair, FormerLineOfAnEmptyBlockIsToComeBack) {
+    const Diagnosis diagnosis = Diagnose(Joined({"x=1\n", kFormer, kBegin, kEnd, "own\n"}));
+    ASSERT_EQ(diagnosis.damages.size(), 1u);
+    EXPECT_THAT(diagnosis.damages[0].remedies,
+                ElementsAre("put the end marker after line 5, if that line is the system's",
+                            "write the block's line between the markers",
+                            "take both markers out, and bring back the former line in line 2"));
+}
+
+TEST(MarkerRepair, LineOfTheSystemIsNotTakenForThatOfAnEmptyBlock) {
+    const Diagnosis diagnosis = Diagnose(Joined({kBegin, kEnd, kFormer, kBegin, "own\n", kEnd}));
+    ASSERT_EQ(diagnosis.damages.size(), 1u);
+    EXPECT_THAT(diagnosis.damages[0].remedies,
+                ElementsAre("write the block's line between the markers",
+                            "take both markers out, if it is not wanted any more"));
+}
+
 TEST(MarkerRepair, BlockOfAnEmptyLineIsWhole) {
     EXPECT_THAT(KindsIn(Joined({kFormer, kBegin, "\n", kEnd})), IsEmpty());
 }

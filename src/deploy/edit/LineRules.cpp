@@ -1,0 +1,78 @@
+#include "deploy/edit/LineRules.h"
+
+#include <utility>
+
+#include "deploy/edit/Edits.h"
+#include "deploy/host/LineNumbers.h"
+#include "deploy/host/Words.h"
+#include "deploy/targets/EditRules.h"
+#include "text/Continuation.h"
+#include "text/Lines.h"
+#include "text/Sections.h"
+
+namespace ZET::Deploy {
+
+LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t linesBefore,
+                            const NewLine& line) {
+    LinesToReplace found;
+    Text::SectionFollower follower;
+    std::size_t section = 0;
+    bool isSetBeforeSections = false;
+    std::size_t number = linesBefore;
+    bool isContinuation = false;
+    while (!lines.empty()) {
+        const std::string_view text = Text::TakeLine(lines).text;
+        ++number;
+        const bool continues = std::exchange(isContinuation, Text::GoesOn(text));
+        const bool isSame = Text::WithoutCarriageReturn(text) == line.text;
+        if (isSame && !found.same) found.same = number;
+        if (const auto heading = follower.Take(text)) {
+            ++section;
+            found.lastSection = heading->name;
+        } else if (section == 0) {
+            isSetBeforeSections = isSetBeforeSections || Text::IsSetting(text);
+        }
+        if (!Selects(core, line.pattern, std::string(text))) continue;
+        found.isAnySelected = true;
+        if (isSame) continue;
+        found.changed.push_back(number);
+        if (!follower.IsInBlock()) {
+            std::optional<std::size_t>& first = isContinuation ? found.goesOn : found.whole;
+            if (!first) first = number;
+            if (continues && !found.continuation) found.continuation = number;
+        }
+        found.sections.insert(section);
+    }
+    found.partCount = section + (isSetBeforeSections ? 1 : 0);
+    return found;
+}
+
+void RequireWholeLines(const std::string& path, const LinesToReplace& found, const NewLine& line,
+                       bool noMarkers) {
+    const bool isPart = noMarkers && found.goesOn && !found.whole;
+    if (!isPart) RequireWholeLine(line.text, "LINE");
+    if (found.continuation && !noMarkers) FailOfContinuation(path, *found.continuation - 1);
+    if (found.goesOn && !(isPart && Text::GoesOn(line.text))) FailOfContinuation(path, *found.goesOn);
+}
+
+void TellSections(Observer& observer, const std::string& path, const LinesToReplace& found) {
+    if (found.sections.size() > 1)
+        observer.Warning(Words("%s: lines %s stand in several sections, and all of them are set (%s)", path,
+                               LineNumbers(found.changed),
+                               found.sections.contains(0) ? _("--section or --no-section says which")
+                                                          : _("--section says which")));
+    if (!found.isAnySelected && found.partCount > 1)
+        observer.Warning(Words(
+            "%s: no line matches, and the new one comes to stand in the last section, [%s] (%s)", path,
+            std::string(found.lastSection), _("--section says where, --no-section before all of them")));
+}
+
+void TellLineNotFoundAgain(Observer& observer, const std::string& path, IZETCore& core, const NewLine& line) {
+    if (Selects(core, line.pattern, line.text)) return;
+    observer.Warning(
+        Words("%s: PATTERN selects neither a line of the file nor LINE, which is added and not "
+              "found again (give a PATTERN that selects both)",
+              path));
+}
+
+}  // namespace ZET::Deploy
