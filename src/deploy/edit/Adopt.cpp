@@ -3,8 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <functional>
-
+#include "deploy/edit/EditedTemplate.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -13,7 +12,6 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/PathJudge.h"
-#include "deploy/host/Process.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
@@ -26,39 +24,15 @@
 #include "deploy/state/Writing.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/Render.h"
-#include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/TemplateHistory.h"
-#include "text/Adoption.h"
-#include "text/Lines.h"
-#include "text/ManagedText.h"
 #include "text/ShellWord.h"
-#include "text/TemplateCheck.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-/// A rendered text without its notice, and the number of lines that the notice has.
-struct Body {
-    std::string text;
-    std::size_t linesBefore = 0;
-};
-
-/// The number of lines, at the beginning of a rendered text, that the module's notice takes.
-std::size_t LengthOfNotice(const Text::ManagedText& text) {
-    const bool hasNotice = text.LineCount() > 0 && text.RegionOf(1).kind == Text::RegionKind::Notice;
-    return hasNotice ? text.RegionOf(1).last : 0;
-}
-
-Body BodyOf(const std::string& text, std::size_t linesBefore) {
-    std::string_view rest = text;
-    for (std::size_t i = 0; i < linesBefore && !rest.empty(); ++i)
-        Text::TakeLine(rest);
-    return {std::string(rest), linesBefore};
-}
 
 /// No commit is known to have written the file; `isUnusable`: since the history cannot be used.
 [[noreturn]] void FailOfUnknown(Deployment& product, const std::string& file, bool isUnusable = false) {
@@ -105,10 +79,10 @@ class Adopting {
         if (edited == rendered)
             return IsRecordedText(rendered, known->state) ? Unchanged() : Remember(knowledge);
         if (!IsMergedWith(m_product, *known, rendered)) RequireLastRendering(*known, rendered);
-        const std::string text = NewTemplate(rendered, edited);
-        RequireGoodTemplate(text);
+        const EditedTarget target = {m_path, m_templateName, m_workingCopy};
+        const std::string text = TemplateWithEdit(m_product, m_staging, target, rendered, edited);
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
-        if (ReadFileBytes(made) != edited) FailToTrace();
+        if (ReadFileBytes(made) != edited) FailToTrace(target);
         return Write(text, knowledge);
     }
 
@@ -160,82 +134,6 @@ class Adopting {
     std::string Source() const { return TemplateFile(m_product, m_templateName); }
 
     mode_t ModeOfTemplate() const { return m_mode ? *m_mode : ModeOf(Source()); }
-
-    /// Refuses, before anything is rendered, a text that the module would never return from or that the next
-    /// commit would refuse.
-    void RequireGoodTemplate(const std::string& text) {
-        const auto lines = [&](const std::function<void(std::string_view)>& take) {
-            for (std::string_view rest = text; !rest.empty();)
-                take(Text::TakeLine(rest).text);
-        };
-        std::vector<Problem> problems = Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues(),
-                                                            nullptr, HasNotice(m_product, m_templateName));
-        if (problems.empty()) return;
-        Problem& first = problems.front();
-        Secrets& secrets = m_product.HostSecrets();
-        if (secrets.Hides(m_path)) first.HideQuoted(secrets.Excuse(m_path));
-        throw Failure({.file = m_path,
-                       .text = Words("its edit makes no template that can be committed: %s", first.text),
-                       .remedy = Words("take that out, or edit %s by hand", m_workingCopy)});
-    }
-
-    [[noreturn]] void FailToTrace() const {
-        throw Failure({.file = m_path,
-                       .text = _("no template can be told from which it would be made"),
-                       .remedy = Words("edit %s by hand, and commit", m_workingCopy)});
-    }
-
-    std::string NewTemplate(const std::string& rendered, const std::string& edited) {
-        const std::size_t notice = LengthOfNotice(Text::ManagedText(rendered));
-        const Body before = BodyOf(rendered, notice);
-        const Body after = BodyOf(edited, notice);
-        RequireSameNotice(rendered, edited, before, after);
-        const Text::Adoption adoption =
-            Text::AdoptEdit(ReadFileBytes(Source()), before.text, after.text, HunksBetween(before, after),
-                            m_product.TemplateValues());
-        if (!adoption.isTraceable) FailToTrace();
-        if (!adoption.refused.empty()) Refuse(adoption.refused, notice);
-        return adoption.templateText;
-    }
-
-    void RequireSameNotice(const std::string& rendered, const std::string& edited, const Body& before,
-                           const Body& after) const {
-        const std::size_t length = rendered.size() - before.text.size();
-        if (edited.size() - after.text.size() == length &&
-            edited.compare(0, length, rendered, 0, length) == 0)
-            return;
-        throw Failure({.file = m_path,
-                       .text = _("its notice was changed, too, which is not of the template"),
-                       .remedy = _("put the notice back as it was")});
-    }
-
-    std::vector<Text::Hunk> HunksBetween(const Body& before, const Body& after) {
-        constexpr mode_t kPrivate = 0600;
-        const std::string oldFile = m_staging.PathOf("before");
-        const std::string newFile = m_staging.PathOf("after");
-        WriteStagedFile(oldFile, before.text, kPrivate);
-        WriteStagedFile(newFile, after.text, kPrivate);
-        const ProcessResult result =
-            RunProcess({"diff", "-a", "--", oldFile, newFile}, {.environment = {"LC_ALL=C"}});
-        const auto hunks = result.status > 1 ? std::nullopt : Text::HunksOf(result.output);
-        if (!hunks) FailToTrace();
-        return *hunks;
-    }
-
-    [[noreturn]] void Refuse(const std::vector<Text::UnadoptableLine>& lines, std::size_t linesBefore) const {
-        std::vector<Problem> problems;
-        for (const Text::UnadoptableLine& line : lines) {
-            std::string names;
-            for (const std::string& placeholder : line.placeholders)
-                names += (names.empty() ? "" : ", ") + placeholder;
-            problems.push_back(
-                {.file = m_path,
-                 .line = static_cast<int>(line.line + linesBefore),
-                 .text = Words("the value of %s does not stand in it, or in more than one way", names),
-                 .remedy = Words("change the parameter, or edit %s by hand", m_workingCopy)});
-        }
-        throw Failure(WithOthersBelow(problems));
-    }
 
     FileOutcome Unchanged() const {
         FileOutcome outcome;
