@@ -188,6 +188,7 @@ class RealFilesTest : public HostFixture {
     void EditAndTakeBack(Deployment& product, const Sample& sample, const Setting& setting) {
         EditOptions options;
         options.section = setting.section;
+        options.force = true;  // some lines go on in the next one
         const auto get = [&] { return GetParam(product, m_file, setting.name, setting.section); };
         Write(sample.text);
         ASSERT_EQ(get(), Without(setting.value));
@@ -206,6 +207,7 @@ class RealFilesTest : public HostFixture {
     void EditWithoutMarkers(Deployment& product, const Sample& sample, const Setting& setting) {
         EditOptions options;
         options.section = setting.section;
+        options.force = true;  // some lines go on in the next one
         options.noMarkers = true;
         Write(sample.text);
         SetParam(product, m_file, setting.name, kValue, options);
