@@ -13,12 +13,13 @@ std::string_view WithoutBlanks(std::string_view text) {
     return text.substr(0, text.find_last_not_of(kUsualBlanks) + 1);
 }
 
-/// Other formats have lines like "{ a", "{% a %}" and "[[a]]".
+/// Other formats have lines like "{ a", "{% a %}", "[[a]]" and "["a b"]".
 bool BeginsJson(std::string_view text) {
     if (!text.starts_with('{') && !text.starts_with('[')) return false;
     const std::string_view next = WithoutBlanks(text.substr(1));
     if (next.empty()) return true;
-    return text.front() == '{' ? next.front() == '"' || next.front() == '}' : next.front() == '{';
+    if (text.front() == '{') return next.front() == '"' || next.front() == '}';
+    return next.front() == '{' || (next.front() == '"' && next.find("\",") != std::string_view::npos);
 }
 
 }  // namespace

@@ -89,6 +89,8 @@ class ParamLook::Numbers {
 /// Most lines of most files have nothing to do with one parameter: lines that neither name it nor are a
 /// heading or a marker are skipped.
 void ParamLook::Take(std::string_view lines, std::size_t before) {
+    if (m_pieceBeforeGoesOn && !lines.empty() && !m_lines.empty() && m_lines.back().number == before)
+        m_lines.back().goesOn = true;
     m_piece = lines;
     Numbers numbers(lines, before);
     NextPlace name(lines, m_name);
@@ -112,8 +114,13 @@ void ParamLook::TakeLine(std::string_view line, Numbers& numbers) {
     }
     if (m_section == 0 && !m_isSetBeforeSections) m_isSetBeforeSections = IsSetting(line);
     if (const auto form = FormOf(line, m_name))
-        m_lines.push_back(
-            {*form, numbers.Of(line), m_section, m_sections.IsInBlock(), GoesOn(line), IsContinuation(line)});
+        m_lines.push_back({*form, numbers.Of(line), m_section, m_sections.IsInBlock(),
+                           GoesOn(line) && !IsLast(line), IsContinuation(line)});
+}
+
+/// Whether the piece ends with the line.
+bool ParamLook::IsLast(std::string_view line) const {
+    return line.data() + line.size() + 1 >= m_piece.data() + m_piece.size();
 }
 
 bool ParamLook::IsContinuation(std::string_view line) const {

@@ -51,6 +51,7 @@ class ParamLook {
     class Numbers;
 
     void TakeLine(std::string_view line, Numbers& numbers);
+    bool IsLast(std::string_view line) const;
     bool IsContinuation(std::string_view line) const;
 
     std::string m_name;

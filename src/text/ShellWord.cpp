@@ -10,8 +10,6 @@ bool NeedsQuotes(std::string_view word) {
     constexpr std::string_view kPlain =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-";
     if (word.empty()) return true;
-    // Nobody calls a word again whose end the history hides.
-    if (word.ends_with(kHiddenWord)) word.remove_suffix(std::string_view(kHiddenWord).size());
     return word.find_first_not_of(kPlain) != std::string_view::npos;
 }
 
@@ -23,6 +21,13 @@ std::string ShellWord(std::string_view word) {
     for (const char c : word)
         quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return quoted + "'";
+}
+
+std::string ShellWordOrHidden(std::string_view word) {
+    constexpr std::string_view kHidden = kHiddenWord;
+    if (!word.ends_with(kHidden)) return ShellWord(word);
+    const std::string_view shown = word.substr(0, word.size() - kHidden.size());
+    return NeedsQuotes(shown) && !shown.empty() ? ShellWord(word) : std::string(word);
 }
 
 std::string ShellPath(std::string_view path) {

@@ -9,7 +9,10 @@ namespace ZET::Text {
 /// The word in a form that a shell reads as one word, quoted if necessary.
 std::string ShellWord(std::string_view word);
 
-/// The same of a file, that no program takes for an option.
+/// The same of a word that the history shows. One whose end it hides stays as it is: nobody calls it again.
+std::string ShellWordOrHidden(std::string_view word);
+
+/// The same as `ShellWord` of a file, that no program takes for an option.
 std::string ShellPath(std::string_view path);
 
 }  // namespace ZET::Text

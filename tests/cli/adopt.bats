@@ -379,6 +379,29 @@ assert_adopted() {
     [[ $stderr == *"its template or a parameter changed since the last commit"* ]]
 }
 
+@test "managed blocks are not of the template" {
+    local words="holds markers of an edit, which are not of the template (make the edit with --no-markers, or take the markers and the kept former lines out)"
+    echo 'opt=1' >>etc/one.conf
+    zet -q commit-config
+    zet -q param set --force out/one.conf opt 3
+    local line
+    line=$(grep -n PRE-ZET out/one.conf | cut -d: -f1)
+    remember_host
+    run_zet adopt out/one.conf
+    assert_refusal 1 "$HOST/out/one.conf:$line: $words"
+    run_zet adopt -n out/one.conf
+    assert_refusal 1 "$HOST/out/one.conf:$line: $words"
+    assert_host_unchanged
+    sed -i -e '/PRE-ZET/d' -e '/^# -*ZET_BEGIN/d' -e '/^# -*ZET_END/d' out/one.conf
+    cp out/one.conf edited
+    run_zet adopt out/one.conf
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\nopt=3\n'
+    zet -q param set --force --no-markers out/one.conf opt 5
+    cp out/one.conf edited
+    run_zet adopt out/one.conf
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\nopt=5\n'
+}
+
 @test "a template that cannot be rendered is told before anything is asked of it" {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf

@@ -172,6 +172,8 @@ $(block new)"
         run_zet line set $options returns '^c=\d$' c=2
         assert_refusal 1 "returns: PATTERN selects LINE only without the carriage return that this gets $remedy"
     done
+    run_zet line restore returns '^b=\d$'
+    assert_refusal 1 "returns:2: is selected only without the carriage return at its end $remedy"
     run_zet line get returns '^b=\d$'
     assert_refusal 1 "returns:2: is selected only without the carriage return at its end $remedy"
     assert_host_unchanged

@@ -116,6 +116,25 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
 }
 
+@test "an edit whose line would go on in the next one brings a warning" {
+    printf 'a=1\n' >out/plain
+    edits "[[edits]]
+file = \"FILE\"
+param = \"a\"
+value = 'C:\\x\\'"
+    run_zet check-config
+    assert_status 0
+    local warning="$HOST/etc/targets.d/10.toml:1: its line ends with \"\\\", and the line after it would be a part of it (take the \"\\\" out, unless it is text in this format)"
+    [[ $output$stderr == *"$warning"* ]]
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $warning"
+    grep -Fx 'a=C:\x\' out/plain
+    run_zet commit-config
+    assert_success "2 unchanged"
+    assert_stderr ""
+}
+
 @test "an edit that would part a line from the next one is a problem" {
     printf 'a=1\nb = 2 \\\n  3\nc\n' >out/plain
     edits "$TWO_EDITS"
@@ -461,11 +480,12 @@ value = \"1\""
     local words="$HOST/out/plain: was edited without markers, and may hold what others wrote, stays as it is (--force puts back what was there before)"
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$words"* ]]
+    [[ $output == *"$HOST/out/plain: stays as it is"* ]]
+    assert_stderr "zet-client: error: $words"
     cmp out/plain stripped
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$words"* ]]
+    [[ $stderr == *"$words"* ]]
     run_zet rollback-config --force
     assert_status 0
     assert_file out/plain $'a=1\nb = 2\n'

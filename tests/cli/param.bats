@@ -169,6 +169,30 @@ $(block b=2)
     assert_host_unchanged
 }
 
+@test "unset leaves a commented-out line that belongs to another one" {
+    printf 'a=1 \\\n#k=2\nk=3\n' >conf
+    zet -q param unset --no-markers conf k
+    assert_file conf $'a=1 \\\n#k=2\n#k=3\n'
+    printf '# k=2\n#k=\\\nk=3\n' >conf
+    zet -q param unset --no-markers conf k
+    assert_file conf $'# k=2\n#k=\\\n#k=3\n'
+}
+
+@test "the last line has no next one in which it could go on" {
+    local end
+    for end in '' '\n'; do
+        printf 'a=1\np=C:\\d\\'"$end" >conf
+        zet -q param set --no-backup conf p 2
+        zet -q line set --no-backup conf '^p=' p=3
+        run_zet param get conf p
+        assert_success 3
+        printf 'a=1\np=C:\\d\\'"$end" >conf
+        zet -q line set --no-backup conf '^p=' p=3
+        printf '[a]\np=C:\\d\\'"$end" >conf
+        zet -q param set --no-backup --section a conf p 2
+    done
+}
+
 @test "a line that goes on in the next one is not parted from it" {
     printf 'OPTS="-a \\\n -b"\nx=1\n#y=\\\nz=a\\\\\n' >conf
     printf 'run x \\\n b=1\n' >other

@@ -84,6 +84,14 @@ to be run: own -c
     [[ $output == *$'would have to be reloaded: quick\nwould have to be run: own -c'* ]]
 }
 
+@test "a word is quoted that ends as one that the history hides" {
+    add_target three.conf $'server = ${server}\n' 'reload = [["find", "/srv", "-name", "a***"]]'
+    run_zet commit-config three.conf
+    assert_success "$HOST/out/three.conf: created, mode 0644, owner $(id -u):$(id -g)
+to be run: find /srv -name 'a***'
+1 created"
+}
+
 @test "a command is printed with the quotes that a shell needs" {
     add_target three.conf $'server = ${server}\n' "reload = [[\"sh\", \"-c\", 'echo \"hi \$x\"']]"
     run_zet commit-config three.conf

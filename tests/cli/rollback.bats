@@ -366,8 +366,8 @@ zet-client: error: $TWO: could not be put back: $TWO.no_file_before_zet: is no r
     for dry in "" -n; do
         run_zet rollback-config $dry
         assert_status 1
-        assert_output "$ONE: $kept
-$TWO: $kept"
+        assert_output "$ONE: stays on record
+$TWO: stays on record"
         assert_stderr "zet-client: error: $ONE: $kept
 zet-client: error: $TWO: $kept"
     done
@@ -376,7 +376,7 @@ zet-client: error: $TWO: $kept"
     ln -s nowhere out
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$ONE: $kept"* && $output == *"$TWO: $kept"* ]]
+    [[ $stderr == *"$ONE: $kept"* && $stderr == *"$TWO: $kept"* ]]
     rm out
     mv away out
     run_zet rollback-config
@@ -584,8 +584,9 @@ $TWO: edited, stays as it is"
     text=$(<"$ONE")
     run_zet rollback-config "$ONE"
     assert_status 1
-    [[ $output == *"$ONE: has no reserve, stays as it is and on record (\"history $ONE\" tells what is kept of it; --force forgets it)"* ]] ||
-        differ rollback "no reserve" "$output"
+    assert_output "$ONE: stays as it is"
+    [[ $stderr == *"$ONE: has no reserve, stays as it is and on record (\"history $ONE\" tells what is kept of it; --force forgets it)"* ]] ||
+        differ rollback "no reserve" "$stderr"
     assert_equal "$(<"$ONE")" "$text"
     run_zet status
     [[ $output == *"$ONE: in sync"* ]]

@@ -51,7 +51,7 @@ teardown() {
     zet -q param set --no-backup --no-markers other x 2
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$HOST/other: was edited without markers and has no reserve, stays as it is (--force forgets it)"* ]]
+    [[ $stderr == *"$HOST/other: was edited without markers and has no reserve, stays as it is (--force forgets it)"* ]]
     assert_file other $'x=2\n'
 }
 
@@ -157,7 +157,7 @@ teardown() {
     assert_status 1
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$HOST/mnt/conf: its directory is not there, so that it stays on record (--force forgets it)"* ]]
+    [[ $stderr == *"$HOST/mnt/conf: its directory is not there, so that it stays on record (--force forgets it)"* ]]
     mv away mnt
     run_zet rollback-config
     assert_status 0
@@ -206,7 +206,7 @@ teardown() {
     for round in 1 2; do
         run_zet rollback-config
         assert_status 1
-        [[ $output == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is (--force puts back what was there before)"* ]] || differ rollback named "$output"
+        [[ $stderr == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is (--force puts back what was there before)"* ]] || differ rollback named "$stderr"
         assert_file other $'x=2\nmine=1\n'
     done
     run_zet rollback-config --force
@@ -229,7 +229,7 @@ teardown() {
     assert_file other $'x=1\n[one]\nkey=9\nmine=1\n'
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is"* ]]
+    [[ $stderr == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is"* ]]
     run_zet rollback-config --force
     assert_status 0
     assert_file other $'x=1\n[one]\nkey=1\n'

@@ -113,6 +113,16 @@ $HOST/etc/two.conf: edited"
     assert_host_unchanged
 }
 
+@test "who may not read the history is told so, and of no edits" {
+    need_root
+    copy_programs
+    ship one.conf $'newer\n'
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" template upgrade -n one.conf
+    assert_status 1
+    [[ $stderr == *"error: $HOST/state/state.db: the history may not be read by this user, so that nobody can tell what $HOST/etc/one.conf was made from (run the command as root)"* ]]
+    [[ $stderr != *"nobody knows"* && $stderr != *"edits"* ]]
+}
+
 @test "a template that is missing, and a name that leaves the directory" {
     run_zet template status none.conf
     assert_status 1

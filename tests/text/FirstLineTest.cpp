@@ -19,17 +19,17 @@ TEST(FirstLine, TextOfEmptyLinesHasNone) {
 }
 
 TEST(FirstLine, LineThatNamesTheFormatMustComeFirst) {
-    for (const char* line :
-         {"#!/bin/sh", "#!/bin/sh\r", "<?xml version=\"1.0\"?>", "<?php", "{", " { ", "{\r", "[",
-          "{ \"a\": 1,", "{\"a\":1}", " {}", "[{", "[ {\"a\": 1},", "<!DOCTYPE busconfig PUBLIC",
-          "\xef\xbb\xbf"
-          "a=1"})
+    for (const char* line : {"#!/bin/sh", "#!/bin/sh\r", "<?xml version=\"1.0\"?>", "<?php", "{", " { ",
+                             "{\r", "[", "{ \"a\": 1,", "{\"a\":1}", " {}", "[{", "[ {\"a\": 1},",
+                             "[\"a\", \"b\"]", "[ \"a\",", "<!DOCTYPE busconfig PUBLIC",
+                             "\xef\xbb\xbf"
+                             "a=1"})
         EXPECT_TRUE(MustComeFirst(line)) << line;
 }
 
 TEST(FirstLine, OtherLinesMayFollowANotice) {
     for (const char* line : {"", "# !", "a=1", "[section]", "<VirtualHost *:80>", "{ a", "# {", "options {",
-                             "{{ a }}", "{%", "[[edits]]", "[\"a b\"]", "[]"})
+                             "{{ a }}", "{%", "[[edits]]", "[\"a b\"]", "[ \"a,\" ]", "[]"})
         EXPECT_FALSE(MustComeFirst(line)) << line;
 }
 

@@ -17,12 +17,15 @@ TEST(ShellWord, WhatAShellWouldReadIsQuoted) {
     EXPECT_EQ(ShellWord("$x;~"), "'$x;~'");
     EXPECT_EQ(ShellWord("/etc/s*"), "'/etc/s*'");
     EXPECT_EQ(ShellWord("***x"), "'***x'");
+    EXPECT_EQ(ShellWord("x***"), "'x***'");
+    EXPECT_EQ(ShellWordOrHidden("d d"), "'d d'");
+    EXPECT_EQ(ShellWordOrHidden("x*"), "'x*'");
 }
 
 TEST(ShellWord, WhatIsHiddenIsShownAsItIs) {
-    EXPECT_EQ(ShellWord("***"), "***");
-    EXPECT_EQ(ShellWord("--value=realm=***"), "--value=realm=***");
-    EXPECT_EQ(ShellWord("^x=***"), "'^x=***'");
+    EXPECT_EQ(ShellWordOrHidden("***"), "***");
+    EXPECT_EQ(ShellWordOrHidden("--value=realm=***"), "--value=realm=***");
+    EXPECT_EQ(ShellWordOrHidden("^x=***"), "'^x=***'");
 }
 
 TEST(ShellWord, PathIsNoOption) {

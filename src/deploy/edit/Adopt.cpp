@@ -36,12 +36,7 @@ namespace {
 
 /// No commit is known to have written the file; `isUnusable`: since the history cannot be used.
 [[noreturn]] void FailOfUnknown(Deployment& product, const std::string& file, bool isUnusable = false) {
-    if (product.HostHistory().IsDenied())
-        throw Failure({.file = product.State().Store(),
-                       .text = Words("the history may not be read by this user, so that nobody can tell "
-                                     "what %s was made from",
-                                     file),
-                       .remedy = _("run the command as root")});
+    if (product.HostHistory().IsDenied()) throw Failure(ProblemOfDenied(product, file));
     if (isUnusable)
         throw Failure({.file = product.State().Store(),
                        .text = Words("cannot be used, so that nobody can tell what %s was made from", file),

@@ -42,6 +42,20 @@ void RequireSameNotice(const EditedTarget& target, const std::string& rendered, 
                    .remedy = _("put the notice back as it was")});
 }
 
+/// Their block would be in every file that is made from the template.
+void RequireNoMarkers(const EditedTarget& target, const std::string& edited) {
+    const Text::ManagedText text(edited);
+    for (const Text::ManagedRegion& region : text.Regions()) {
+        const bool isBlock = region.kind == Text::RegionKind::Block && region.isClosed;
+        if (!isBlock && region.kind != Text::RegionKind::FormerLine) continue;
+        throw Failure({.file = target.path,
+                       .line = static_cast<int>(region.first),
+                       .text = _("holds markers of an edit, which are not of the template"),
+                       .remedy = _("make the edit with --no-markers, or take the markers and the kept former "
+                                   "lines out")});
+    }
+}
+
 std::vector<Text::Hunk> HunksBetween(const Staging& staging, const EditedTarget& target,
                                      const std::string& before, const std::string& after) {
     constexpr mode_t kPrivate = 0600;
@@ -102,6 +116,7 @@ std::string TemplateWithEdit(Deployment& product, const Staging& staging, const 
     const std::string before = WithoutNotice(rendered, notice);
     const std::string after = WithoutNotice(edited, notice);
     RequireSameNotice(target, rendered, edited, before, after);
+    RequireNoMarkers(target, edited);
     const Text::Adoption adoption =
         Text::AdoptEdit(ReadFileBytes(TemplateFile(product, target.templateName)), before, after,
                         HunksBetween(staging, target, before, after), product.TemplateValues());

@@ -124,8 +124,10 @@ FileOutcome RestoreLine(Deployment& product, const std::string& file, const std:
     PartEdit edit(product, file, options);
     edit.ReadAll();
     if (!HasSomethingToRestore(product.Core(), {edit.Path(), edit.Part().lines, pattern, pattern,
-                                                options.allBlocks, edit.Part().linesBefore}))
+                                                options.allBlocks, edit.Part().linesBefore})) {
+        RequireNoReturnBehind(product.Core(), edit.Path(), pattern, edit.Part());
         return edit.LeaveUnchanged(Words("nothing to restore for \"%s\"", pattern));
+    }
     return edit.Make([&](IZETConfigFile& opened) { opened.RestoreLine(pattern); });
 }
 

@@ -19,11 +19,11 @@ LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t 
     std::size_t section = 0;
     bool isSetBeforeSections = false;
     std::size_t number = linesBefore;
-    bool isContinuation = false;
+    bool goesOn = false;
     while (!lines.empty()) {
         const std::string_view text = Text::TakeLine(lines).text;
         ++number;
-        const bool continues = std::exchange(isContinuation, Text::GoesOn(text));
+        const bool continues = std::exchange(goesOn, Text::GoesOn(text) && !lines.empty());
         const bool isSame = Text::WithoutCarriageReturn(text) == line.text;
         if (isSame && !found.same) found.same = number;
         if (const auto heading = follower.Take(text)) {
@@ -37,7 +37,7 @@ LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t 
         if (isSame) continue;
         found.changed.push_back(number);
         if (!follower.IsInBlock()) {
-            std::optional<std::size_t>& first = isContinuation ? found.goesOn : found.whole;
+            std::optional<std::size_t>& first = goesOn ? found.goesOn : found.whole;
             if (!first) first = number;
             if (continues && !found.continuation) found.continuation = number;
         }

@@ -153,7 +153,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     edit.RequireLiteral(ZETEditOpening);
     RequireSettable(edit.Found(), options.section.has_value());
     if (!options.force) {
-        RequireWholeLines(edit.Found(), options.noMarkers);
+        RequireWholeLinesToSet(edit.Found(), options.noMarkers);
         RequireWholeLine(value, "VALUE");
     }
     TellLinesToSet(product.Out(), edit.Found(), _("\"line set\" with a PATTERN sets one"));
@@ -170,7 +170,7 @@ FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::
     RequireNoMarkBefore(edit.Found());
     RequireNoBlanks(edit.Found(), "line set", _("comments it out, with a LINE that begins with \"#\""));
     if (!options.section) RequireOneSectionToGet(edit.Found());
-    if (!options.force) RequireWholeLines(edit.Found(), false);
+    if (!options.force) RequireWholeLinesToUnset(edit.Found());
     const std::string pattern = ZETLookupOpening + name + "=";
     const std::set<std::string> lines = SettingLines(product.Core(), edit.Part().lines, pattern);
     if (lines.empty()) return edit.LeaveUnchanged(Words("no line sets \"%s\"", name));

@@ -99,7 +99,7 @@ std::string CommandOf(const HistoryEntry& entry) {
     std::string text;
     for (std::size_t i = 0; i < entry.words.size();) {
         const std::size_t left = CountOfMessageWords(entry, i);
-        if (left == 0) text += (text.empty() ? "" : " ") + Text::ShellWord(entry.words[i]);
+        if (left == 0) text += (text.empty() ? "" : " ") + Text::ShellWordOrHidden(entry.words[i]);
         i += std::max<std::size_t>(left, 1);
     }
     return text;

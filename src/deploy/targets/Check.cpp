@@ -7,6 +7,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
+#include "deploy/targets/LineProblems.h"
 #include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
@@ -131,6 +132,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     CheckedTargets checked = CheckTargets(product, templateNames);
     if (templateNames.empty()) {
         Append(checked.problems, ProblemsOfEdits(product));
+        Append(result.warnings, EditsThatGoOn(product));
         TellUnknownNames(product, checked.templates.used, result);
         result.unusedValues = UnusedValues(product, checked.templates.used);
     }

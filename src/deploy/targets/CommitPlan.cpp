@@ -18,6 +18,7 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/EditMerge.h"
+#include "deploy/targets/LineProblems.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/OwnCheck.h"
@@ -104,6 +105,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     }
     if (templateNames.empty()) {
         m_lines = std::make_unique<LinesPlan>(product, *m_known, *m_staging, wanted);
+        if (SetsLines()) WarnOf(product, EditsThatGoOn(product));
         AddTakenBack();
         AddLines();
         JudgeLines(wanted);
@@ -168,9 +170,12 @@ bool CommitPlan::IsChange() const {
                        [](const PlannedTarget& planned) { return planned.IsChange(); }) ||
            std::any_of(m_takenBack.begin(), m_takenBack.end(),
                        [](const TakeBackStep& step) { return step.IsChange(); }) ||
-           (m_lines != nullptr &&
-            std::any_of(m_lines->Files().begin(), m_lines->Files().end(),
-                        [](const PlannedLines& planned) { return planned.IsChange(); }));
+           (m_lines != nullptr && SetsLines());
+}
+
+bool CommitPlan::SetsLines() const {
+    return std::any_of(m_lines->Files().begin(), m_lines->Files().end(),
+                       [](const PlannedLines& planned) { return planned.IsChange(); });
 }
 
 /// An edit that is refused, conflicts, or would be lost is a problem like others. Returns false then.

@@ -80,6 +80,7 @@ class CommitPlan {
     void AddTakenBack();
     void AddLines();
     bool TakesBack() const;
+    bool SetsLines() const;
     void TakeBackFile(WrittenFile file);
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "deploy/host/Words.h"
+#include "deploy/lists/HostLists.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "text/Continuation.h"
@@ -118,6 +119,20 @@ class LineJudge {
 
 std::vector<Problem> ProblemsOfLines(Deployment& product, const FileWithLines& file) {
     return LineJudge(product, file).Run();
+}
+
+std::vector<Problem> EditsThatGoOn(Deployment& product) {
+    std::vector<Problem> warnings;
+    for (const ListedEdit& edit : product.Lists().Targets().edits) {
+        const std::string line = edit.param.empty() ? edit.text : edit.param + "=" + edit.value;
+        if (edit.path.empty() || !edit.IsInForceFor(product.Role()) || !Text::GoesOn(line)) continue;
+        warnings.push_back(
+            {.file = edit.file,
+             .line = edit.line,
+             .text = _("its line ends with \"\\\", and the line after it would be a part of it"),
+             .remedy = _("take the \"\\\" out, unless it is text in this format")});
+    }
+    return warnings;
 }
 
 }  // namespace ZET::Deploy

@@ -13,6 +13,10 @@ namespace ZET::Deploy {
 /// edit at most, and each edit must find its own line again.
 std::vector<Problem> ProblemsOfLines(Deployment& product, const FileWithLines& file);
 
+/// Warnings of edits whose line goes on in the next one, as many formats have it: the marker after it would
+/// be a part of it.
+std::vector<Problem> EditsThatGoOn(Deployment& product);
+
 }  // namespace ZET::Deploy
 
 #endif

@@ -24,9 +24,13 @@ std::vector<Text::ParamLine> Selected(const FoundParam& found, const Selection& 
     return selected;
 }
 
+bool IsSet(const Text::ParamLine& line) {
+    return line.form == Form::Set;
+}
+
 /// Whether the module takes the line for the parameter when it sets one.
 bool IsTaken(const Text::ParamLine& line) {
-    return line.form == Form::Set || line.form == Form::CommentedOut;
+    return IsSet(line) || line.form == Form::CommentedOut;
 }
 
 std::string Numbers(const std::vector<Text::ParamLine>& lines) {
@@ -54,6 +58,15 @@ void RequireOneSection(const FoundParam& found, const Selection& isSelected) {
                           : Words("%s sections have %s, in lines %s", std::to_string(firsts.size()),
                                   Quoted(found.name), Numbers(firsts)),
          .remedy = isBefore ? _("--section or --no-section says which") : _("--section says which")});
+}
+
+/// `isPart`: a line may take the place of another one in a longer line.
+void RequireWholeLines(const FoundParam& found, const Selection& isSelected, bool isPart) {
+    for (const Text::ParamLine& line : Selected(found, isSelected)) {
+        if (line.isInBlock) continue;
+        if (line.isContinuation && !isPart) FailOfContinuation(found.path, line.number - 1);
+        if (line.goesOn) FailOfContinuation(found.path, line.number);
+    }
 }
 
 /// If the edit would add a line, requires that there are not several sections in which it could end up.
@@ -91,7 +104,7 @@ void RequireNoMarkBefore(const FoundParam& found) {
 }
 
 void RequireOneSectionToGet(const FoundParam& found) {
-    RequireOneSection(found, [](const Text::ParamLine& line) { return line.form == Form::Set; });
+    RequireOneSection(found, IsSet);
 }
 
 void RequireOneSectionToRestore(const FoundParam& found) {
@@ -108,12 +121,12 @@ void RequireSettable(const FoundParam& found, bool isInSection) {
     RequirePlaceForNewLine(found);
 }
 
-void RequireWholeLines(const FoundParam& found, bool isPart) {
-    for (const Text::ParamLine& line : Selected(found, IsTaken)) {
-        if (line.isInBlock) continue;
-        if (line.isContinuation && !isPart) FailOfContinuation(found.path, line.number - 1);
-        if (line.goesOn) FailOfContinuation(found.path, line.number);
-    }
+void RequireWholeLinesToSet(const FoundParam& found, bool isPart) {
+    RequireWholeLines(found, IsTaken, isPart);
+}
+
+void RequireWholeLinesToUnset(const FoundParam& found) {
+    RequireWholeLines(found, IsSet, false);
 }
 
 void TellLinesToSet(Observer& observer, const FoundParam& found, const std::string& oneLine) {

@@ -35,7 +35,10 @@ void RequireSettable(const FoundParam& found, bool isInSection);
 
 /// Requires that none of the lines that set it goes on in the next one: the rest would stay as a line of its
 /// own. The same goes for the line before it, unless the new line is a part of that one (`isPart`), too.
-void RequireWholeLines(const FoundParam& found, bool isPart);
+void RequireWholeLinesToSet(const FoundParam& found, bool isPart);
+
+/// The same of the lines that are commented out: those that are so already stay.
+void RequireWholeLinesToUnset(const FoundParam& found);
 
 /// Reports which lines the edit is about, if it is not the one line that everybody expects. `oneLine` says
 /// how one of several is set.

@@ -68,8 +68,10 @@ void TakeBackStep::Tell(Result result, const std::string& remark) {
 void TakeBack::Decide(TakeBackStep& step) {
     if (step.file.trouble) throw Failure(*step.file.trouble);
     if (!m_ways.isForced && IsOutOfReach(step.file)) {
-        Keep(step, Words("its directory is not there, so that it stays on record (%s forgets it)",
-                         Force(step.file)));
+        Keep(
+            step,
+            Words("its directory is not there, so that it stays on record (%s forgets it)", Force(step.file)),
+            ZET_TEXT("stays on record"));
         return;
     }
     step.version = VersionOf(step.file.path);

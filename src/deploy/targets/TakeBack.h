@@ -7,6 +7,7 @@
 
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Recording.h"
 #include "deploy/targets/Deployment.h"
@@ -73,7 +74,8 @@ class TakeBack {
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
     std::string Force(const WrittenFile& file) const;
-    void Keep(TakeBackStep& step, const std::string& remark) const;
+    void Keep(TakeBackStep& step, const std::string& words,
+              const char* remark = ZET_TEXT("stays as it is")) const;
     void FailToTakeBack(TakeBackStep& step, const std::string& words) const;
     void KeepEdited(TakeBackStep& step) const;
     void TellOfOtherRole(TakeBackStep& step) const;

@@ -10,9 +10,10 @@ namespace ZET::Deploy {
 
 using Result = FileOutcome::Result;
 
-void TakeBack::Keep(TakeBackStep& step, const std::string& remark) const {
-    step.Tell(Result::Kept, remark);
-    FailToTakeBack(step, step.file.path + ": " + remark);
+/// The error of a rollback says why and what to do, so that the remark need not.
+void TakeBack::Keep(TakeBackStep& step, const std::string& words, const char* remark) const {
+    step.Tell(Result::Kept, m_ways.isOfCommit ? words : _(remark));
+    FailToTakeBack(step, step.file.path + ": " + words);
 }
 
 /// A commit leaves the file, and is no failure.
@@ -52,11 +53,11 @@ bool TakeBack::MayBeOthers(const WrittenFile& file) const {
 
 /// Without the history, nobody can tell whether the other role has committed the file.
 void TakeBack::KeepOthers(TakeBackStep& step) const {
-    const std::string remark =
+    const std::string words =
         Words("may have been committed by the role %s, too, and stays (%s puts it back)",
               RoleInWords(m_otherRole), Force(step.file));
-    if (m_ways.isOfCommit) m_product.Out().Warning(step.file.path + ": " + remark);
-    Keep(step, remark);
+    if (m_ways.isOfCommit) m_product.Out().Warning(step.file.path + ": " + words);
+    Keep(step, words);
 }
 
 }  // namespace ZET::Deploy

@@ -6,6 +6,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -77,6 +78,14 @@ CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
 RecordedState WithMode(RecordedState copy, mode_t own) {
     copy.mode = own;
     return copy;
+}
+
+Problem ProblemOfDenied(Host& host, const std::string& file) {
+    return {.file = host.State().Store(),
+            .text = Words("the history may not be read by this user, so that nobody can tell what %s was "
+                          "made from",
+                          file),
+            .remedy = _("run the command as root")};
 }
 
 void RememberBase(Host& host, const std::string& workingCopy, const std::string& base) {

@@ -10,6 +10,7 @@
 #include "deploy/state/Host.h"
 #include "deploy/state/Recording.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "zet/ZETProblem.h"
 
 /// What the history knows of a template's working copy, and of the text that the copy was made from.
 namespace ZET::Deploy {
@@ -34,6 +35,9 @@ CopyMemory MemoryOf(Host& host, const std::string& workingCopy);
 /// The working copy's state with the mode that the product gave it, so that a mode that somebody set stays an
 /// edit.
 RecordedState WithMode(RecordedState copy, mode_t own);
+
+/// Says that this user cannot be told what the file was made from: only the history knows.
+Problem ProblemOfDenied(Host& host, const std::string& file);
 
 /// Records that the working copy as it is was made from `base`. Needs the product's lock.
 void RememberBase(Host& host, const std::string& workingCopy, const std::string& base);

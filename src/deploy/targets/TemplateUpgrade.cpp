@@ -79,7 +79,9 @@ void TemplateUpgrade::Plan(Copy& copy) {
         throw Failure({.file = copy.path, .text = _("was removed"), .remedy = _("run the command again")});
     copy.text = *copy.texts.copy;
     if (!copy.texts.shipped) return;
-    if (!copy.texts.IsKnown()) {
+    if (!copy.texts.IsKnown() && m_product.HostHistory().IsDenied()) {
+        m_problems.push_back(ProblemOfDenied(m_product, copy.path));
+    } else if (!copy.texts.IsKnown()) {
         Object(copy.path, 0,
                Words("differs from %s, and nobody knows what it was made from", copy.files.shipped),
                WayToInstall(copy));
