@@ -471,6 +471,78 @@ value = \"1\""
     assert_file out/plain $'a=1\nb = 2\n'
 }
 
+@test "a line that lost its markers stays in its place, and is the original where others wrote, too" {
+    printf 'Port 22\nAuth yes\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^#?Auth "\nline = "Auth no"\n[[edits]]\nfile = "FILE"\npattern = "^New "\nline = "New 1"'
+    zet -q commit-config
+    sed -i '/^#/d;/^$/d' out/plain
+    printf 'Match User backup\n' >>out/plain
+    run_zet commit-config
+    assert_status 0
+    assert_equal "$(sed '/^#/d;/^$/d' out/plain)" $'Port 22\nAuth no\nNew 1\nMatch User backup'
+    run_zet rollback-config
+    assert_status 0
+    assert_equal "$(grep -v '^$' out/plain)" $'Port 22\nAuth no\nNew 1\nMatch User backup'
+}
+
+@test "a new line that lost its markers is not moved behind lines that were added after it" {
+    printf 'x=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^New "\nline = "New 1"'
+    zet -q commit-config
+    printf 'Match User backup\nlast=0\n' >>out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^New "\nline = "New 1"\n[[edits]]\nfile = "FILE"\npattern = "^last="\nline = "last=1"'
+    zet -q commit-config
+    sed -i '/^#/d;/^$/d' out/plain
+    run_zet commit-config
+    assert_status 0
+    assert_equal "$(sed '/^#/d;/^$/d' out/plain)" $'x=1\nNew 1\nMatch User backup\nlast=1'
+}
+
+@test "what others wrote is not taken for a line that lost its markers" {
+    printf '# old\na=0\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "1"'
+    zet -q commit-config
+    printf '# new\na=1\n' >out/plain
+    run_zet commit-config
+    assert_status 0
+    [[ $(<out/plain) != *a=0* ]]
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'# new\na=1\n'
+}
+
+@test "a rollback leaves a new file that has the value of an edit, and forgets it" {
+    printf '# old\na=0\n' >out/plain
+    zet -q param set out/plain a 1
+    printf '# new\na=1\n' >out/plain
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'# new\na=1\n'
+    [[ $output != *"without markers"* ]]
+}
+
+@test "a line of a hand stays beside one that lost its markers" {
+    printf '[a]\nA=0\n[b]\nB=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^A="\nline = "A=1"'
+    zet -q commit-config
+    sed -i '/^#/d;/^$/d' out/plain
+    printf 'A=1\n' >>out/plain
+    run_zet commit-config
+    assert_status 0
+    zet rollback-config
+    assert_equal "$(grep -v '^$' out/plain)" $'[a]\nA=1\n[b]\nB=1\nA=1'
+}
+
+@test "each of several lines that lost their markers gets back what stood there before" {
+    printf 'x=1\ny\nx=2\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^x="\nline = "x=9"'
+    zet -q commit-config
+    sed -i '/^#/d' out/plain
+    zet -q commit-config
+    zet -q rollback-config
+    assert_file out/plain $'x=1\ny\nx=2\n'
+}
+
 @test "a line in a block of something else is a problem" {
     printf 'a=1\n' >out/plain
     zet param set out/plain a 5

@@ -65,6 +65,8 @@ class LinesPlan {
     void JudgeEditedTarget(PlannedLines& planned) const;
     std::string WithoutFormerLines(const FileWithLines& file);
     std::string WithLostLines(const FileWithLines& file, const std::string& text) const;
+    std::string TextWith(const FileWithLines& file, const std::string& text) const;
+    void SetStaged(const std::string& staged, const FileWithLines& file) const;
     void Set(const std::string& name, const FileWithLines& file) const;
     std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
 
