@@ -435,6 +435,21 @@ zet-client: nothing was changed"
     grep -qx 'hosts: both' out/plain
 }
 
+@test "edits of two roles for one line are no problem where both ask for the same" {
+    printf 'a=1\n' >out/plain
+    echo SITE=one >etc/defaults.d/10.conf
+    edits $'[[edits]]\nfile = "FILE"\nroles = "server"\nparam = "a"\nvalue = "${site}"\n[[edits]]\nfile = "FILE"\nroles = "client"\nparam = "a"\nvalue = "${site}"'
+    server -q commit-config
+    zet -q commit-config
+    echo SITE=two >etc/defaults.d/10.conf
+    run_zet commit-config
+    assert_status 0
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config
+    assert_status 0
+    grep -x 'a=two' out/plain
+    zet check-config
+}
+
 @test "a line that lost its markers is set again, and what stood there before stays what goes back" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS

@@ -12,6 +12,11 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The line that an edit asks for, with its placeholders.
+std::string SourceLineOf(const ListedEdit& edit) {
+    return edit.param.empty() ? edit.text : edit.param + "=" + edit.value;
+}
+
 class LineJudge {
   public:
     LineJudge(Deployment& product, const FileWithLines& file)
@@ -63,13 +68,15 @@ class LineJudge {
                 _(kPatternForReturn));
     }
 
-    /// Either role would set its own line in each commit, and take the other's away.
+    /// Either role would set its own line in each commit, and take the other's away. Where both ask for the
+    /// same, the next commit of either sets that for both.
     void JudgeOtherRole(const LineToSet& line) {
         for (const RememberedLine& other : m_file.remembered) {
             if (other.role == m_product.Role() || other.line == line.line || !IsSelected(line, other.line))
                 continue;
             const ListedEdit* const edit = EntryOf(m_product, m_file.path, other);
-            if (edit != nullptr && !edit->IsFor(m_product.Role()))
+            if (edit != nullptr && !edit->IsFor(m_product.Role()) &&
+                SourceLineOf(*edit) != SourceLineOf(line.edit))
                 Add(line,
                     Words("selects the line that %s sets, which the %s has committed",
                           edit->file + ":" + std::to_string(edit->line), NameOf(other.role)),
