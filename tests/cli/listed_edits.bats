@@ -131,6 +131,24 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     assert_status 0
 }
 
+@test "a line behind one that only ends with a backslash is set" {
+    local before
+    for before in 'path = C:\data\' 'sep = \' '\'; do
+        printf '%s\na=1\nb = 2\n' "$before" >out/plain
+        edits "$TWO_EDITS"
+        run_zet commit-config
+        assert_status 0
+        grep -x 'b = 3' out/plain
+        zet -q rollback-config
+    done
+    printf '  b = C:\\data\\\n  a=1\n' >out/plain
+    edits "${TWO_EDITS/'^b ='/'^ *b ='}"
+    sed -i 's/^param = "a"/pattern = "^ *a="/; s/^value = .*/line = "a=5"/' etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 0
+    grep -x 'b = 3' out/plain
+}
+
 @test "a merge leaves a line that a hand changed, and sets the others" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"

@@ -98,15 +98,17 @@ class LineJudge {
                 _("restore that, or leave the line to it"));
     }
 
-    /// A line that goes on in the next one is not to be parted from it.
+    /// A line that surely goes on in the next one is not to be parted from it.
     void JudgeWhole(const Text::ManagedText& text, const LineToSet& line, const LineInPlace& place) {
         if (place.isInBlock || place.text == line.line) return;
-        const bool isContinuation = place.number > 1 && Text::GoesOn(text.Line(place.number - 1).text);
-        if (!isContinuation && !Text::GoesOn(place.text)) return;
+        const bool isContinuation =
+            place.number > 1 && Text::SurelyGoesOn(text.Line(place.number - 1).text, place.text);
+        const std::string_view next =
+            place.number < text.LineCount() ? text.Line(place.number + 1).text : std::string_view();
+        if (!isContinuation && !Text::SurelyGoesOn(place.text, next)) return;
         const std::string number = std::to_string(place.number - (isContinuation ? 1 : 0));
         Add(line,
-            Words("would part line %s of %s, which ends with \"\\\", from the next one", number,
-                  line.edit.path),
+            Words("would part line %s of %s, which ends with \"\\\", from the next one", number, m_file.path),
             _("make one line of the two, or disable the edit"));
     }
 
