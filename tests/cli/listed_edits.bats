@@ -424,6 +424,22 @@ value = "2"'
     assert_stderr ""
 }
 
+@test "what a commit tells of lines is told by it and its preview alone" {
+    printf '# a=1 is good\n#a=2\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
+    local words="lines 1 and 2 are \"a\", commented out or not; all of them are set"
+    local arguments
+    for arguments in check-config 'status --diff' 'option set BAR a--b'; do
+        # shellcheck disable=SC2086  # these are words
+        run_zet $arguments
+        [[ $output$stderr != *"$words"* ]]
+    done
+    run_zet commit-config -n
+    [[ $stderr == *"$words"* ]]
+    run_zet commit-config
+    [[ $stderr == *"$words"* ]]
+}
+
 @test "edits of two roles for one line are a problem once the other role has committed" {
     printf 'hosts: files\n' >out/plain
     local server_edit=$'[[edits]]\nfile = "FILE"\nroles = "server"\npattern = "^hosts:"\nline = "hosts: s"'

@@ -92,13 +92,14 @@ void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
     if (!found.lines.empty()) SetStaged(staged, found);
     if (!found.original) RequireModeOf(found.path, staged);
     if (found.original || ReadFileBytes(staged) != found.text) planned.staged = staged;
-    if (planned.IsChange()) TellLines(found);
     planned.isOriginalLost = planned.IsChange() && !found.original && IsOriginalLost(m_product, found.path);
     m_files.push_back(std::move(planned));
 }
 
 /// As "param set" does.
-void LinesPlan::TellLines(const FileWithLines& file) const {
+void LinesPlan::TellLines(const PlannedLines& planned) const {
+    if (!planned.IsChange()) return;
+    const FileWithLines& file = planned.file;
     for (const LineToSet& line : file.lines) {
         const std::string& param = line.edit.param;
         if (param.empty()) continue;

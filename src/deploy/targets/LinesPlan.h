@@ -55,12 +55,14 @@ class LinesPlan {
     ExpectedFile ExpectedUnchanged(const PlannedLines& planned) const;
     FileOutcome OutcomeOf(const PlannedLines& planned) const;
 
+    /// Reports what somebody may not expect of the lines that are set.
+    void TellLines(const PlannedLines& planned) const;
+
     /// Throws a `Failure` if the file was written since the plan was made, or if it comes out differently.
     void Write(const PlannedLines& planned) const;
 
   private:
     void Plan(FileWithLines file, const Staging& staging);
-    void TellLines(const FileWithLines& file) const;
     void JudgeEdited(PlannedLines& planned) const;
     void JudgeEditedTarget(PlannedLines& planned) const;
     std::string WithoutFormerLines(const FileWithLines& file);
