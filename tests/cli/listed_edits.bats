@@ -413,6 +413,29 @@ value = "2"'
     assert_file out/twice $'[one]\na=1\n[two]\na=2\n'
 }
 
+@test "a line that a commit has set in a way that is refused now keeps no commit from being made" {
+    printf '[one]\nx=1\n[two]\na=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
+    zet -q commit-config
+    sed -i '1a a = 5' out/plain
+    local words="$HOST/etc/targets.d/10.toml:1: $HOST/out/plain:2: sets \"a\" with blanks before the \"=\", which is no line \"name=value\""
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $words (choose the line with pattern and line, or make a template for the file)"
+    run_zet --json status
+    assert_status 0
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["in sync"]'
+    run_zet check-config
+    assert_status 0
+    # Where something would be written it is refused, and told once.
+    sed -i 's/value = "3"/value = "4"/' etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$words"* ]]
+    run_zet --json status
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["unknown"]'
+}
+
 @test "several lines that a parameter of a list takes are told, until they are set" {
     printf '# a=1 is good\n#a=2\n' >out/plain
     edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'

@@ -98,9 +98,10 @@ void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
 
 /// As "param set" does.
 void LinesPlan::TellLines(const PlannedLines& planned) const {
-    if (!planned.IsChange()) return;
     const FileWithLines& file = planned.file;
     for (const LineToSet& line : file.lines) {
+        if (!line.doubt.empty()) m_product.Out().Warning(line.doubt);
+        if (!planned.IsChange() || !line.doubt.empty()) continue;
         const std::string& param = line.edit.param;
         if (param.empty()) continue;
         const Text::ParamLook look = LookOf(file, param);
@@ -159,7 +160,7 @@ std::string PlannedLines::DescribeOthersWork() const {
 /// warning.
 std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
     std::set<std::string> former;
-    for (const RememberedLine& line : FormerLinesOf(file, m_product.Role()))
+    for (const RememberedLine& line : FormerLinesOf(m_product, file))
         former.insert(line.line);
     if (former.empty()) return file.text;
     const std::set<std::string> blocks = BlockLinesOf(file.text);
