@@ -9,6 +9,10 @@ namespace ZET::Text {
 /// comment does not.
 bool GoesOn(std::string_view line);
 
+/// Whether it goes on in `next` beyond doubt: the "\" stands behind a blank, and is no value of its own, or
+/// `next` alone is indented. A path may end with a "\", too.
+bool SurelyGoesOn(std::string_view line, std::string_view next);
+
 /// The last line of the text, without its line feed.
 std::string_view LastLineOf(std::string_view text);
 

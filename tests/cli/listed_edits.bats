@@ -150,6 +150,24 @@ value = 'C:\\x\\'"
     assert_status 0
 }
 
+@test "a line behind one that only ends with a backslash is set" {
+    local before
+    for before in 'path = C:\data\' 'sep = \' '\'; do
+        printf '%s\na=1\nb = 2\n' "$before" >out/plain
+        edits "$TWO_EDITS"
+        run_zet commit-config
+        assert_status 0
+        grep -x 'b = 3' out/plain
+        zet -q rollback-config
+    done
+    printf '  b = C:\\data\\\n  a=1\n' >out/plain
+    edits "${TWO_EDITS/'^b ='/'^ *b ='}"
+    sed -i 's/^param = "a"/pattern = "^ *a="/; s/^value = .*/line = "a=5"/' etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 0
+    grep -x 'b = 3' out/plain
+}
+
 @test "a merge leaves a line that a hand changed, and sets the others" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"
@@ -414,6 +432,29 @@ value = "2"'
     assert_file out/twice $'[one]\na=1\n[two]\na=2\n'
 }
 
+@test "a line that a commit has set in a way that is refused now keeps no commit from being made" {
+    printf '[one]\nx=1\n[two]\na=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
+    zet -q commit-config
+    sed -i '1a a = 5' out/plain
+    local words="$HOST/etc/targets.d/10.toml:1: $HOST/out/plain:2: sets \"a\" with blanks before the \"=\", which is no line \"name=value\""
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $words (choose the line with pattern and line, or make a template for the file)"
+    run_zet --json status
+    assert_status 0
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["in sync"]'
+    run_zet check-config
+    assert_status 0
+    # Where something would be written it is refused, and told once.
+    sed -i 's/value = "3"/value = "4"/' etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$words"* ]]
+    run_zet --json status
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["unknown"]'
+}
+
 @test "several lines that a parameter of a list takes are told, until they are set" {
     printf '# a=1 is good\n#a=2\n' >out/plain
     edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
@@ -423,6 +464,22 @@ value = "2"'
     run_zet commit-config
     assert_success "2 unchanged"
     assert_stderr ""
+}
+
+@test "what a commit tells of lines is told by it and its preview alone" {
+    printf '# a=1 is good\n#a=2\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
+    local words="lines 1 and 2 are \"a\", commented out or not; all of them are set"
+    local arguments
+    for arguments in check-config 'status --diff' 'option set BAR a--b'; do
+        # shellcheck disable=SC2086  # these are words
+        run_zet $arguments
+        [[ $output$stderr != *"$words"* ]]
+    done
+    run_zet commit-config -n
+    [[ $stderr == *"$words"* ]]
+    run_zet commit-config
+    [[ $stderr == *"$words"* ]]
 }
 
 @test "edits of two roles for one line are a problem once the other role has committed" {
@@ -452,6 +509,21 @@ zet-client: nothing was changed"
     run_zet commit-config
     assert_status 0
     grep -qx 'hosts: both' out/plain
+}
+
+@test "edits of two roles for one line are no problem where both ask for the same" {
+    printf 'a=1\n' >out/plain
+    echo SITE=one >etc/defaults.d/10.conf
+    edits $'[[edits]]\nfile = "FILE"\nroles = "server"\nparam = "a"\nvalue = "${site}"\n[[edits]]\nfile = "FILE"\nroles = "client"\nparam = "a"\nvalue = "${site}"'
+    server -q commit-config
+    zet -q commit-config
+    echo SITE=two >etc/defaults.d/10.conf
+    run_zet commit-config
+    assert_status 0
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config
+    assert_status 0
+    grep -x 'a=two' out/plain
+    zet check-config
 }
 
 @test "a line that lost its markers is set again, and what stood there before stays what goes back" {
@@ -489,6 +561,78 @@ value = \"1\""
     run_zet rollback-config --force
     assert_status 0
     assert_file out/plain $'a=1\nb = 2\n'
+}
+
+@test "a line that lost its markers stays in its place, and is the original where others wrote, too" {
+    printf 'Port 22\nAuth yes\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^#?Auth "\nline = "Auth no"\n[[edits]]\nfile = "FILE"\npattern = "^New "\nline = "New 1"'
+    zet -q commit-config
+    sed -i '/^#/d;/^$/d' out/plain
+    printf 'Match User backup\n' >>out/plain
+    run_zet commit-config
+    assert_status 0
+    assert_equal "$(sed '/^#/d;/^$/d' out/plain)" $'Port 22\nAuth no\nNew 1\nMatch User backup'
+    run_zet rollback-config
+    assert_status 0
+    assert_equal "$(grep -v '^$' out/plain)" $'Port 22\nAuth no\nNew 1\nMatch User backup'
+}
+
+@test "a new line that lost its markers is not moved behind lines that were added after it" {
+    printf 'x=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^New "\nline = "New 1"'
+    zet -q commit-config
+    printf 'Match User backup\nlast=0\n' >>out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^New "\nline = "New 1"\n[[edits]]\nfile = "FILE"\npattern = "^last="\nline = "last=1"'
+    zet -q commit-config
+    sed -i '/^#/d;/^$/d' out/plain
+    run_zet commit-config
+    assert_status 0
+    assert_equal "$(sed '/^#/d;/^$/d' out/plain)" $'x=1\nNew 1\nMatch User backup\nlast=1'
+}
+
+@test "what others wrote is not taken for a line that lost its markers" {
+    printf '# old\na=0\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "1"'
+    zet -q commit-config
+    printf '# new\na=1\n' >out/plain
+    run_zet commit-config
+    assert_status 0
+    [[ $(<out/plain) != *a=0* ]]
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'# new\na=1\n'
+}
+
+@test "a rollback leaves a new file that has the value of an edit, and forgets it" {
+    printf '# old\na=0\n' >out/plain
+    zet -q param set out/plain a 1
+    printf '# new\na=1\n' >out/plain
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'# new\na=1\n'
+    [[ $output != *"without markers"* ]]
+}
+
+@test "a line of a hand stays beside one that lost its markers" {
+    printf '[a]\nA=0\n[b]\nB=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^A="\nline = "A=1"'
+    zet -q commit-config
+    sed -i '/^#/d;/^$/d' out/plain
+    printf 'A=1\n' >>out/plain
+    run_zet commit-config
+    assert_status 0
+    zet rollback-config
+    assert_equal "$(grep -v '^$' out/plain)" $'[a]\nA=1\n[b]\nB=1\nA=1'
+}
+
+@test "each of several lines that lost their markers gets back what stood there before" {
+    printf 'x=1\ny\nx=2\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\npattern = "^x="\nline = "x=9"'
+    zet -q commit-config
+    sed -i '/^#/d' out/plain
+    zet -q commit-config
+    zet -q rollback-config
+    assert_file out/plain $'x=1\ny\nx=2\n'
 }
 
 @test "a line in a block of something else is a problem" {

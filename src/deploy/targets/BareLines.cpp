@@ -1,9 +1,10 @@
 #include "deploy/targets/BareLines.h"
 
-#include <set>
+#include <utility>
 
 #include "deploy/state/History.h"
 #include "text/ManagedText.h"
+#include "text/Sections.h"
 
 namespace ZET::Deploy {
 
@@ -15,43 +16,61 @@ bool IsOrdinary(const ManagedText& text, std::size_t number) {
     return text.RegionOf(number).kind == Text::RegionKind::Ordinary;
 }
 
-bool IsInBlock(const ManagedText& text, std::size_t number) {
-    return text.RegionOf(number).kind == Text::RegionKind::Block && text.Line(number).IsContent();
+/// Whether it is the one line of a block.
+bool IsSet(const ManagedText& text, std::size_t number) {
+    const Text::ManagedRegion& region = text.RegionOf(number);
+    return region.kind == Text::RegionKind::Block && region.last == region.first + 2 &&
+           text.Line(number).IsContent();
 }
 
-template <typename Question>
-std::set<std::string_view> LinesThat(Question isWanted, const ManagedText& text) {
-    std::set<std::string_view> lines;
-    for (std::size_t number = 1; number <= text.LineCount(); ++number)
-        if (isWanted(text, number)) lines.insert(text.Line(number).text);
-    return lines;
-}
+/// Goes through the text that the product left, and through what somebody made of it.
+class Comparison {
+  public:
+    Comparison(std::string_view left, std::string_view text) : m_left(left), m_now(text) {}
 
-/// The lines of blocks, unless they stand outside of blocks, too, or the former line was the same.
-BareLines LinesSetIn(const ManagedText& left) {
-    const std::set<std::string_view> ordinary = LinesThat(IsOrdinary, left);
-    BareLines set;
-    for (const Text::ManagedRegion& region : left.Regions()) {
-        if (region.kind != Text::RegionKind::Block || region.last != region.first + 2) continue;
-        const std::string line(left.Line(region.first + 1).text);
-        std::optional<std::string> former;
-        if (region.formerLine != 0) former = left.FormerText(region.formerLine);
-        if (former != line && !ordinary.contains(line)) set.emplace(line, std::move(former));
+    /// None if more is gone than markers, former lines, comments and empty lines, or if anything came.
+    BareLines Run() {
+        for (std::size_t number = 1; number <= m_left.LineCount(); ++number) {
+            const std::string_view line = m_left.Line(number).text;
+            PassEmptyLines();
+            if (m_number <= m_now.LineCount() && m_now.Line(m_number).text == line)
+                Take(number);
+            else if (Text::IsSetting(line))
+                return {};
+        }
+        PassEmptyLines();
+        return m_number > m_now.LineCount() ? std::move(m_bare) : BareLines();
     }
-    return set;
-}
+
+  private:
+    void PassEmptyLines() {
+        while (m_number <= m_now.LineCount() && m_now.Line(m_number).text.empty())
+            ++m_number;
+    }
+
+    /// A line whose former one is still there has lost its other markers alone, and is left as it is.
+    void Take(std::size_t number) {
+        const std::size_t kept = m_left.RegionOf(number).formerLine;
+        if (IsSet(m_left, number) && IsOrdinary(m_now, m_number) && (kept == 0 || kept != m_lastKept)) {
+            BareLine bare{std::string(m_left.Line(number).text), std::nullopt};
+            if (kept != 0) bare.former = m_left.FormerText(kept);
+            if (bare.former != bare.line) m_bare.emplace(m_number, std::move(bare));
+        }
+        m_lastKept = number;
+        ++m_number;
+    }
+
+    const ManagedText m_left;
+    const ManagedText m_now;
+    std::size_t m_number = 1;    ///< of the next line of the text
+    std::size_t m_lastKept = 0;  ///< the last line of what was left that is still there
+    BareLines m_bare;
+};
 
 }  // namespace
 
 BareLines BareLinesOf(std::string_view left, std::string_view text) {
-    const ManagedText now(text);
-    const std::set<std::string_view> ordinary = LinesThat(IsOrdinary, now);
-    const std::set<std::string_view> inBlocks = LinesThat(IsInBlock, now);
-    BareLines bare = LinesSetIn(ManagedText(left));
-    std::erase_if(bare, [&](const auto& line) {
-        return !ordinary.contains(line.first) || inBlocks.contains(line.first);
-    });
-    return bare;
+    return Comparison(left, text).Run();
 }
 
 BareLines BareLinesIn(Host& host, const KnownFile& known, std::string_view text) {
@@ -67,12 +86,11 @@ std::string WithoutBareLines(std::string_view text, const BareLines& lines) {
     std::string rest;
     for (std::size_t number = 1; number <= managed.LineCount(); ++number) {
         const std::string_view line = managed.Line(number).text;
-        const auto bare = lines.find(std::string(line));
-        if (!IsOrdinary(managed, number) || bare == lines.end()) {
+        const auto bare = lines.find(number);
+        if (bare == lines.end())
             rest.append(line).append("\n");
-        } else if (bare->second) {
-            rest.append(*bare->second).append("\n");
-        }
+        else if (bare->second.former)
+            rest.append(*bare->second.former).append("\n");
     }
     if (!text.ends_with('\n') && !rest.empty()) rest.pop_back();
     return rest;

@@ -1,6 +1,7 @@
 #ifndef ZET_BARE_LINES_H
 #define ZET_BARE_LINES_H
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -11,11 +12,18 @@
 
 namespace ZET::Deploy {
 
-/// Lines that the product had set in blocks, and that stand in a file without them since somebody took the
-/// markers out. By line: what stood there before; none if the line was new.
-using BareLines = std::map<std::string, std::optional<std::string>>;
+/// A line that the product had set in a block, and that stands in a file without it since somebody took the
+/// markers out.
+struct BareLine {
+    std::string line;
+    std::optional<std::string> former;  ///< what stood there before; none if the line was new
+};
 
-/// Those of a text into which somebody made the one that the product left.
+/// By the number of the line in the text.
+using BareLines = std::map<std::size_t, BareLine>;
+
+/// Those of a text into which somebody made the one that the product left. None if that is not certain: then
+/// a line may be somebody's own. Only markers, former lines, comments and empty lines may be gone.
 BareLines BareLinesOf(std::string_view left, std::string_view text);
 
 /// Those of a file that has this text, as far as the history keeps the one that the product left. Reports an

@@ -64,6 +64,7 @@ class Execution {
     void SetLines(const LinesPlan& lines) {
         for (const PlannedLines& planned : lines.Files()) {
             m_product.RequireGoOn();
+            lines.TellLines(planned);
             WarnOfOthersWork(m_product, planned);
             if (planned.isEdited && m_record.Number())
                 TellWhereKept(m_product, *m_record.Number(),
@@ -155,6 +156,7 @@ bool Preview(Deployment& product, const CommitPlan& plan) {
     }
     if (plan.Lines() != nullptr) {
         for (const PlannedLines& planned : plan.Lines()->Files()) {
+            plan.Lines()->TellLines(planned);
             WarnOfOthersWork(product, planned);
             product.Out().Done(plan.Lines()->OutcomeOf(planned));
         }

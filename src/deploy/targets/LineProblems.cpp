@@ -13,6 +13,11 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The line that an edit asks for, with its placeholders.
+std::string SourceLineOf(const ListedEdit& edit) {
+    return edit.param.empty() ? edit.text : edit.param + "=" + edit.value;
+}
+
 class LineJudge {
   public:
     LineJudge(Deployment& product, const FileWithLines& file)
@@ -64,13 +69,15 @@ class LineJudge {
                 _(kPatternForReturn));
     }
 
-    /// Either role would set its own line in each commit, and take the other's away.
+    /// Either role would set its own line in each commit, and take the other's away. Where both ask for the
+    /// same, the next commit of either sets that for both.
     void JudgeOtherRole(const LineToSet& line) {
         for (const RememberedLine& other : m_file.remembered) {
             if (other.role == m_product.Role() || other.line == line.line || !IsSelected(line, other.line))
                 continue;
             const ListedEdit* const edit = EntryOf(m_product, m_file.path, other);
-            if (edit != nullptr && !edit->IsFor(m_product.Role()))
+            if (edit != nullptr && !edit->IsFor(m_product.Role()) &&
+                SourceLineOf(*edit) != SourceLineOf(line.edit))
                 Add(line,
                     Words("selects the line that %s sets, which the %s has committed",
                           edit->file + ":" + std::to_string(edit->line), NameOf(other.role)),
@@ -92,15 +99,17 @@ class LineJudge {
                 _("restore that, or leave the line to it"));
     }
 
-    /// A line that goes on in the next one is not to be parted from it.
+    /// A line that surely goes on in the next one is not to be parted from it.
     void JudgeWhole(const Text::ManagedText& text, const LineToSet& line, const LineInPlace& place) {
         if (place.isInBlock || place.text == line.line) return;
-        const bool isContinuation = place.number > 1 && Text::GoesOn(text.Line(place.number - 1).text);
-        if (!isContinuation && !Text::GoesOn(place.text)) return;
+        const bool isContinuation =
+            place.number > 1 && Text::SurelyGoesOn(text.Line(place.number - 1).text, place.text);
+        const std::string_view next =
+            place.number < text.LineCount() ? text.Line(place.number + 1).text : std::string_view();
+        if (!isContinuation && !Text::SurelyGoesOn(place.text, next)) return;
         const std::string number = std::to_string(place.number - (isContinuation ? 1 : 0));
         Add(line,
-            Words("would part line %s of %s, which ends with \"\\\", from the next one", number,
-                  line.edit.path),
+            Words("would part line %s of %s, which ends with \"\\\", from the next one", number, m_file.path),
             _("make one line of the two, or disable the edit"));
     }
 

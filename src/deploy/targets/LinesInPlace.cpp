@@ -24,7 +24,8 @@ std::set<std::string> BlockLinesOf(std::string_view text) {
     return lines;
 }
 
-std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) {
+std::vector<RememberedLine> FormerLinesOf(Deployment& product, const FileWithLines& file) {
+    const Role role = product.Role();
     std::set<std::string> wanted;
     for (const LineToSet& line : file.lines)
         wanted.insert(SelectorOf(line.edit));
@@ -32,7 +33,9 @@ std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) 
         if (line.role != role) wanted.insert(line.selector);
     std::vector<RememberedLine> former;
     for (const RememberedLine& line : file.remembered)
-        if (line.role == role && !wanted.contains(line.selector)) former.push_back(line);
+        if (line.role == role && !wanted.contains(line.selector) &&
+            (!file.trouble.empty() || EntryOf(product, file.path, line) == nullptr))
+            former.push_back(line);
     return former;
 }
 

@@ -24,8 +24,9 @@ std::vector<LineInPlace> LinesIn(const Text::ManagedText& text);
 /// The lines that stand in blocks.
 std::set<std::string> BlockLinesOf(std::string_view text);
 
-/// The lines that only this role has set in the file, and that no list asks for any more.
-std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role);
+/// The lines that only this role has set in the file, and that no list asks for any more; one whose entry is
+/// refused is none of them.
+std::vector<RememberedLine> FormerLinesOf(Deployment& product, const FileWithLines& file);
 
 /// The entry of the lists that asks for a line which a commit of its role has set in the file; null: there is
 /// none any more.

@@ -23,7 +23,9 @@
 #include "deploy/targets/ListedLinesCheck.h"
 #include "deploy/targets/ParamRules.h"
 #include "deploy/targets/ShownDiff.h"
+#include "text/Lines.h"
 #include "text/ManagedText.h"
+#include "text/Sections.h"
 #include "text/WithoutBlocks.h"
 
 namespace ZET::Deploy {
@@ -35,6 +37,18 @@ bool HasBlocks(std::string_view text) {
     return std::any_of(managed.Regions().begin(), managed.Regions().end(), [](const auto& region) {
         return region.kind == Text::RegionKind::Block || region.kind == Text::RegionKind::FormerLine;
     });
+}
+
+bool HaveSameSettings(const std::string& one, const std::string& other) {
+    const auto settingsOf = [](const std::string& text) {
+        std::vector<Text::TextLine> lines = Text::SplitLines(text);
+        std::erase_if(lines, [](const Text::TextLine& line) { return !Text::IsSetting(line.text); });
+        return lines;
+    };
+    const std::vector<Text::TextLine> ones = settingsOf(one);
+    const std::vector<Text::TextLine> others = settingsOf(other);
+    return std::equal(ones.begin(), ones.end(), others.begin(), others.end(),
+                      [](const auto& left, const auto& right) { return left.text == right.text; });
 }
 
 /// The number of the first line that was changed.
@@ -75,19 +89,19 @@ void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
     if (found.original) JudgeEditedTarget(planned);
     const std::string staged = staging.PathOf("edits/" + std::to_string(m_files.size()));
     WriteStagedFile(staged, rest, found.original ? found.original->state.mode : found.before.mode);
-    const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
-    const QuietLog quiet(ZETLogError);
-    if (!found.lines.empty()) Set(staged, found);
+    if (!found.lines.empty()) SetStaged(staged, found);
     if (!found.original) RequireModeOf(found.path, staged);
     if (found.original || ReadFileBytes(staged) != found.text) planned.staged = staged;
-    if (planned.IsChange()) TellLines(found);
     planned.isOriginalLost = planned.IsChange() && !found.original && IsOriginalLost(m_product, found.path);
     m_files.push_back(std::move(planned));
 }
 
 /// As "param set" does.
-void LinesPlan::TellLines(const FileWithLines& file) const {
+void LinesPlan::TellLines(const PlannedLines& planned) const {
+    const FileWithLines& file = planned.file;
     for (const LineToSet& line : file.lines) {
+        if (!line.doubt.empty()) m_product.Out().Warning(line.doubt);
+        if (!planned.IsChange() || !line.doubt.empty()) continue;
         const std::string& param = line.edit.param;
         if (param.empty()) continue;
         const Text::ParamLook look = LookOf(file, param);
@@ -146,7 +160,7 @@ std::string PlannedLines::DescribeOthersWork() const {
 /// warning.
 std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
     std::set<std::string> former;
-    for (const RememberedLine& line : FormerLinesOf(file, m_product.Role()))
+    for (const RememberedLine& line : FormerLinesOf(m_product, file))
         former.insert(line.line);
     if (former.empty()) return file.text;
     const std::set<std::string> blocks = BlockLinesOf(file.text);
@@ -160,7 +174,7 @@ std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
 }
 
 /// The text with what stood there before where a line of a commit lost its markers: the line is set again,
-/// and must not become what is put back.
+/// and must not become what is put back. It must not come to stand in another place by that.
 std::string LinesPlan::WithLostLines(const FileWithLines& file, const std::string& text) const {
     const KnownFile* const known = m_known.Find(file.path);
     if (known == nullptr || file.original || file.lines.empty()) return text;
@@ -174,8 +188,25 @@ std::string LinesPlan::WithLostLines(const FileWithLines& file, const std::strin
             lost.insert(line.line);
     if (lost.empty()) return text;
     BareLines bare = BareLinesIn(m_product, *known, text);
-    std::erase_if(bare, [&](const auto& line) { return !lost.contains(line.first); });
-    return bare.empty() ? text : WithoutBareLines(text, bare);
+    std::erase_if(bare, [&](const auto& line) { return !lost.contains(line.second.line); });
+    if (bare.empty()) return text;
+    const std::string former = WithoutBareLines(text, bare);
+    return HaveSameSettings(TextWith(file, former), TextWith(file, text)) ? former : text;
+}
+
+/// The text in which the lines are set.
+std::string LinesPlan::TextWith(const FileWithLines& file, const std::string& text) const {
+    const Staging staging;
+    const std::string staged = staging.PathOf("lines");
+    WriteStagedFile(staged, text, 0600);
+    SetStaged(staged, file);
+    return ReadFileBytes(staged);
+}
+
+void LinesPlan::SetStaged(const std::string& staged, const FileWithLines& file) const {
+    const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
+    const QuietLog quiet(ZETLogError);
+    Set(staged, file);
 }
 
 void LinesPlan::Set(const std::string& name, const FileWithLines& file) const {

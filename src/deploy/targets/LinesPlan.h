@@ -55,16 +55,20 @@ class LinesPlan {
     ExpectedFile ExpectedUnchanged(const PlannedLines& planned) const;
     FileOutcome OutcomeOf(const PlannedLines& planned) const;
 
+    /// Reports what somebody may not expect of the lines that are set.
+    void TellLines(const PlannedLines& planned) const;
+
     /// Throws a `Failure` if the file was written since the plan was made, or if it comes out differently.
     void Write(const PlannedLines& planned) const;
 
   private:
     void Plan(FileWithLines file, const Staging& staging);
-    void TellLines(const FileWithLines& file) const;
     void JudgeEdited(PlannedLines& planned) const;
     void JudgeEditedTarget(PlannedLines& planned) const;
     std::string WithoutFormerLines(const FileWithLines& file);
     std::string WithLostLines(const FileWithLines& file, const std::string& text) const;
+    std::string TextWith(const FileWithLines& file, const std::string& text) const;
+    void SetStaged(const std::string& staged, const FileWithLines& file) const;
     void Set(const std::string& name, const FileWithLines& file) const;
     std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
 

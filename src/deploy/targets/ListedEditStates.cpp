@@ -54,7 +54,7 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
         for (const LineToSet& line : file.lines)
             add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
-        for (const RememberedLine& line : FormerLinesOf(file, product.Role())) {
+        for (const RememberedLine& line : FormerLinesOf(product, file)) {
             if (!file.trouble.empty())
                 states.push_back({"", file.path, line.Chosen(), kUnknown, "", 0, {}, file.trouble});
             else if (blocks.contains(line.line))

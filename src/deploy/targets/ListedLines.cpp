@@ -16,6 +16,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/EditedTargets.h"
+#include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ParamRules.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
@@ -56,6 +57,17 @@ void RequireSettableLine(const FileWithLines& file, const std::string& param) {
         problem.remedy = _("choose the line with pattern and line, or make a template for the file");
         throw Failure(problem);
     }
+}
+
+/// Whether each line that is selected stands in a block, and is the one to set.
+bool IsSetAlready(IZETCore& core, const FileWithLines& file, const LineToSet& line) {
+    return StateOfLine(file, line, LinesIn(Text::ManagedText(file.text)), core) == kInSync;
+}
+
+Problem ProblemOfEdit(const ListedEdit& edit, const Failure& failure) {
+    Problem problem = ProblemOf(edit.file, failure);
+    problem.line = edit.line;
+    return problem;
 }
 
 class Finder {
@@ -154,9 +166,7 @@ class Finder {
             FileWithLines* const file = FileOf(edit);
             if (file != nullptr) file->lines.push_back(Made(edit, line, *file));
         } catch (const Failure& failure) {
-            Problem problem = ProblemOf(edit.file, failure);
-            problem.line = edit.line;
-            Refuse(edit, std::move(problem));
+            Refuse(edit, ProblemOfEdit(edit, failure));
         } catch (const UsageError& error) {
             Refuse(edit, {.file = edit.file, .line = edit.line, .text = error.what()});
         }
@@ -179,13 +189,23 @@ class Finder {
         } else {
             RequireParamName(edit.param);
             RequireLiteralName(core, file.path, file.text, ZETEditOpening, edit.param);
-            RequireSettableLine(file, edit.param);
             made.pattern = ZETEditOpening + edit.param + "=";
             made.line = edit.param + "=" + line;
         }
         RequireNoMarker(made.line);
         made.line = Text::WithLineEnd(made.line, file.ends);
+        if (!edit.param.empty()) JudgeParam(made, file);
         return made;
+    }
+
+    /// A commit that has nothing to write does no harm.
+    void JudgeParam(LineToSet& line, const FileWithLines& file) {
+        try {
+            RequireSettableLine(file, line.edit.param);
+        } catch (const Failure& failure) {
+            if (!IsSetAlready(m_product.Core(), file, line)) throw;
+            line.doubt = ProblemOfEdit(line.edit, failure).Describe();
+        }
     }
 
     /// Null if the file is not there, and need not be.

@@ -24,6 +24,7 @@ struct LineToSet {
     std::string pattern;  ///< selects the lines that it replaces
     std::string line;     ///< with placeholders replaced, and with the end that the file's lines have
     bool stays = false;   ///< it stays as somebody changed it
+    std::string doubt{};  ///< why it would be refused if it were not set already
 };
 
 /// How an edit selects its line, as the history remembers it.
