@@ -392,6 +392,30 @@ zet-client: nothing was changed"
     assert_success ""
 }
 
+@test "a name that another when or a placeholder uses is no typing mistake, and entries of the other role are not judged" {
+    local warning="nobody gives (correct its name, or give it a value, which may be empty)"
+    printf 'RACK_A=yes\nBACKUP_HOSTS=b\n' >>zet.conf
+    own_list $'[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "${backup_hosts}"\nwhen = "RACK_A=no"
+[[edits]]\nfile = "/x"\nparam = "b"\nvalue = "b"\nwhen = "RACK_B=yes"
+[[edits]]\nfile = "/x"\nparam = "c"\nvalue = "c"\nwhen = "BACKUP_HOST=b"'
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"when asks for the parameter RACK_B, which $warning"* &&
+        $stderr == *"when asks for the parameter BACKUP_HOST, which $warning"* ]]
+    zet -q option set RACK_A yes
+    run_zet commit-config -n --set RACK_A=true
+    assert_status 3
+    zet -q commit-config
+    own_list $'[[edits]]\nfile = "/x"\nparam = "c"\nvalue = "c"\nwhen = "BACKUP_HOST=b"'
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:5: when asks for the parameter BACKUP_HOST, which nobody gives (did you mean BACKUP_HOSTS?)"
+    sed -i '$a roles = "server"' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    zet -q commit-config
+}
+
 @test "a target can be made without a notice" {
     printf '#!/bin/sh\necho ${realm}\n# --ZET_TEMPLATE_COMMENT--\n# for its editor\n# --ZET_COMMENT_END--\n' >etc/script
     own_list "[templates.\"script\"]

@@ -8,6 +8,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/lists/ConditionValues.h"
 #include "deploy/state/ParameterNames.h"
+#include "deploy/targets/UsedPlaceholders.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -17,7 +18,7 @@ namespace {
 template <typename Take>
 void ForEachCondition(const TargetList& list, const Take& take) {
     const auto takeOf = [&](const ListEntry& entry) {
-        if (!entry.when.parameter.empty()) take(entry.when, entry.isEnabled);
+        if (!entry.when.parameter.empty()) take(entry);
     };
     for (const Target& target : list.targets)
         takeOf(target);
@@ -76,15 +77,16 @@ std::string Listed(const Values& values) {
 class ConditionChecker {
   public:
     explicit ConditionChecker(Deployment& product) : m_product(product), m_values(product) {
-        ForEachCondition(product.Lists().Targets(), [&](const Condition& when, bool /*isEnabled*/) {
-            m_asked[when.parameter].insert(when.value);
+        ForEachCondition(product.Lists().Targets(), [&](const ListEntry& entry) {
+            m_asked[entry.when.parameter].insert(entry.when.value);
         });
     }
 
     ConditionFindings Check() {
         std::set<std::string> done;
-        ForEachCondition(m_product.Lists().Targets(), [&](const Condition& when, bool isEnabled) {
-            if (isEnabled && done.insert(when.parameter).second) Check(when);
+        ForEachCondition(m_product.Lists().Targets(), [&](const ListEntry& entry) {
+            if (!entry.isEnabled || !entry.IsFor(m_product.Role())) return;
+            if (done.insert(entry.when.parameter).second) Check(entry.when);
         });
         return std::move(m_found);
     }
@@ -99,16 +101,27 @@ class ConditionChecker {
 
     /// A condition on a parameter that nobody gives is never met.
     void TellNotGiven(const Condition& when) {
-        std::vector<std::string> names = NamesOfTheProduct();
-        for (const auto& [name, value] : m_product.Values().Params())
-            names.push_back(name);
         const std::string& name = when.parameter;
-        const std::string nearest = LikelyName(name, names);
+        const std::string nearest = NameMeantBy(name);
         (nearest.empty() ? m_found.notGiven : m_found.problems)
             .push_back({when.file, when.line, 0,
                         Words("when asks for the parameter %s, which nobody gives", name),
                         nearest.empty() ? _("correct its name, or give it a value, which may be empty")
                                         : Words("did you mean %s?", nearest)});
+    }
+
+    /// One that nothing else asks for: hosts with a list in common need not give all that it asks for, and
+    /// their names may be much alike. Empty if there is none.
+    std::string NameMeantBy(const std::string& name) {
+        std::vector<std::string> names = NamesOfTheProduct();
+        for (const auto& [given, value] : m_product.Values().Params())
+            names.push_back(given);
+        std::erase_if(names, [&](const std::string& each) { return m_asked.contains(each); });
+        if (LikelyName(name, names).empty()) return "";
+        // Only now, since it reads all templates.
+        const std::set<std::string> used = UsedAnywhere(m_product);
+        std::erase_if(names, [&](const std::string& each) { return used.contains(PlaceholderFor(each)); });
+        return LikelyName(name, names);
     }
 
     void TellIncomplete(const std::string& name) {
@@ -166,8 +179,8 @@ ConditionFindings CheckConditions(Deployment& product) {
 
 std::set<std::string> ParametersAskedFor(Deployment& product) {
     std::set<std::string> asked;
-    ForEachCondition(product.Lists().Targets(), [&](const Condition& when, bool isEnabled) {
-        if (isEnabled) asked.insert(when.parameter);
+    ForEachCondition(product.Lists().Targets(), [&](const ListEntry& entry) {
+        if (entry.isEnabled) asked.insert(entry.when.parameter);
     });
     return asked;
 }

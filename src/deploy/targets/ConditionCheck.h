@@ -12,7 +12,7 @@
 /// files off the host.
 namespace ZET::Deploy {
 
-/// What is wrong with the conditions and the values that they ask for, whatever role the entries are for.
+/// What is wrong with the conditions of the role's entries and with the values that they ask for.
 struct ConditionFindings {
     std::vector<Problem> problems;
     std::vector<Problem> warnings;  ///< of values that no condition names
