@@ -106,6 +106,31 @@ $HOST/templates/values.conf:1: the value of \${ntp_server} ends with a carriage 
     zet -q commit-config
 }
 
+@test "a value that nothing asks for may end with a carriage return" {
+    printf 'one\r\ntwo\r\n' >etc/values.d/nobody
+    printf 'OTHER=x\r\n' >templates/values.conf
+    printf 'NTP_SERVER=ntp\nEXTRA=\n' >>templates/values.conf
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"$HOST/etc/values.d/nobody: nothing uses"* ]]
+    zet -q commit-config
+    # asked NAME VALUE: the file of values is a problem from now on, be it for a value of another.
+    asked() {
+        run_zet commit-config
+        assert_refusal 1 "$HOST/etc/values.d/nobody: the value of \${nobody} ends with a carriage return (save the file with plain line feeds)
+zet-client: nothing was changed"
+    }
+    echo 'EXTRA=${nobody}' >>zet.conf
+    asked
+    sed -i '$d' zet.conf
+    zet -q commit-config
+    own_list $'[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "NOBODY=yes"\noptional = true'
+    printf 'x\ny\r\n' >etc/values.d/nobody
+    run_zet check-config
+    assert_status 1
+    [[ $output == "$HOST/etc/values.d/nobody: the value of \${nobody} ends with a carriage return ("* ]]
+}
+
 @test "a list of one's own adds, changes and disables" {
     add_target two.conf $'two\n'
     printf 'own\n' >etc/own.conf

@@ -185,4 +185,10 @@ std::set<std::string> ParametersAskedFor(Deployment& product) {
     return asked;
 }
 
+std::set<std::string> UsedOrAskedFor(Deployment& product, std::set<std::string> used) {
+    for (const std::string& name : ParametersAskedFor(product))
+        used.insert(PlaceholderFor(name));
+    return used;
+}
+
 }  // namespace ZET::Deploy

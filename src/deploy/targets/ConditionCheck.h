@@ -24,6 +24,9 @@ ConditionFindings CheckConditions(Deployment& product);
 /// The parameters that the conditions of the host's lists ask for.
 std::set<std::string> ParametersAskedFor(Deployment& product);
 
+/// The placeholders in `used`, and those of these parameters.
+std::set<std::string> UsedOrAskedFor(Deployment& product, std::set<std::string> used);
+
 }  // namespace ZET::Deploy
 
 #endif

@@ -16,9 +16,9 @@ namespace ZET::Deploy {
 
 namespace {
 
-void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedParameters& found) {
-    for (const std::string& name : ParametersAskedFor(product))
-        used.insert(PlaceholderFor(name));
+void FindUnusedTexts(Deployment& product, const std::set<std::string>& usedAnywhere,
+                     UnusedParameters& found) {
+    const std::set<std::string> used = UsedOrAskedFor(product, usedAnywhere);
     for (const auto& [placeholder, file] : product.Values().ValueFiles()) {
         if (!used.contains(placeholder))
             found.unused.push_back({.file = file,
