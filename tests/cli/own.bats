@@ -290,7 +290,7 @@ choose() {
         assert_stderr ""
         [[ $output == *"own.conf: would be removed"* ]]
     done
-    for value in yse on Yes 'yes ' 2; do
+    for value in yse on Yes 'yes '; do
         choose "$value"
         run_zet check-config
         assert_status 1
@@ -305,6 +305,30 @@ zet-client: nothing was changed"
     run_zet commit-config one.conf
     assert_status 0
     test -e out/own.conf
+}
+
+@test "a value that is far from a yes or no is a problem only where the conditions ask for both" {
+    local value
+    own_choice PROXY=no PROXY=no
+    for value in proxy.example.org:3128 weekly es de 2; do
+        choose "$value"
+        run_zet check-config
+        assert_status 0
+        [[ $stderr == *"warning: $HOST/zet.conf:6: the value of PROXY is none that when asks for: no (correct it; or, "* ]]
+        run_zet commit-config -n
+        assert_status 3
+        [[ $output == *"own.conf: would be removed"* ]]
+    done
+    zet -q option set PROXY proxy.example.org
+    zet -q commit-config
+    zet -q option set PROXY no
+    printf '[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "PROXY=yes"\noptional = true\n' >>etc/targets.d/10.toml
+    run_zet option set PROXY proxy.example.org
+    assert_refusal 1 "the option would break the configuration file: when asks whether PROXY is yes or no, and its value is neither (write yes or no)"
+    choose 2
+    run_zet commit-config
+    assert_refusal 1 "$HOST/zet.conf:6: when asks whether PROXY is yes or no, and its value is neither (write yes or no)
+zet-client: nothing was changed"
 }
 
 @test "a value that no condition names is told, and one that is likely mistyped is a problem" {

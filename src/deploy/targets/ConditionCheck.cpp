@@ -1,8 +1,10 @@
 #include "deploy/targets/ConditionCheck.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "deploy/host/Words.h"
@@ -58,6 +60,26 @@ bool AsksForFlags(const Values& asked, const std::string& name) {
     const auto isFlag = [&](const std::string& value) { return IsFlag(name, value); };
     return std::all_of(asked.begin(), asked.end(), isFlag) &&
            !std::all_of(asked.begin(), asked.end(), IsDigit);
+}
+
+/// Whether the conditions ask for yes and for no, so that each of them counts on one of the two.
+bool AsksForBoth(const Values& asked, const std::string& name) {
+    const auto hasOne = [&](bool meaning) {
+        return std::any_of(asked.begin(), asked.end(), [&](const std::string& value) {
+            return MeaningOf(name, value) == std::optional(meaning);
+        });
+    };
+    return hasOne(true) && hasOne(false);
+}
+
+/// Whether the value is likely to be meant as yes or no: in capitals, with its letters mixed up, or a word
+/// that other programs take.
+bool IsNearFlag(const std::string& value) {
+    constexpr const char* kNear[] = {"yes", "no", "true", "false", "y", "n", "on", "off"};
+    const std::string plain = Plain(value);
+    return std::any_of(std::begin(kNear), std::end(kNear), [&](std::string_view word) {
+        return std::is_permutation(plain.begin(), plain.end(), word.begin(), word.end());
+    });
 }
 
 /// Empty if the value is much unlike all of them.
@@ -138,7 +160,7 @@ class ConditionChecker {
         const Values& asked = m_asked[name];
         if (IsKnownParameter(name) || value.empty() || IsAskedFor(asked, name, value)) return;
         Problem problem = ProblemIn(name);
-        if (AsksForFlags(asked, name)) {
+        if (AsksForFlags(asked, name) && (AsksForBoth(asked, name) || IsNearFlag(value))) {
             problem.text = Words("when asks whether %s is yes or no, and its value is neither", name);
             problem.remedy = _("write yes or no");
             return m_found.problems.push_back(std::move(problem));
