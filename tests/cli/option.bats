@@ -165,6 +165,24 @@ REALM=NEW
     zet -q check-config
 }
 
+@test "set counts no problem that any other value would bring to light, too" {
+    mkdir -p etc templates
+    printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    printf '[[edits]]\nfile = "%s/c"\nparam = "a"\nvalue = "1${foo}"\n' "$HOST" >templates/targets.toml
+    printf '[[edits]]\nfile = "%s/missing"\nparam = "a"\nvalue = "1"\n' "$HOST" >>templates/targets.toml
+    echo a=1 >c
+    local value
+    for value in a--b '${realm}' ''; do
+        run_zet option set FOO "$value"
+        assert_success "$HOST/zet.conf: changed"
+        assert_equal "$(tail -n 1 zet.conf)" "FOO=$value"
+        sed -i '$d' zet.conf
+    done
+    run_zet option set FOO '${nope}'
+    assert_status 1
+    [[ $stderr == *"the option would break the configuration file: $HOST/templates/targets.toml:"*'"${nope}" has no value'* ]]
+}
+
 @test "set refuses a language that the host does not have, and takes an empty one for C" {
     remember_host
     local language
