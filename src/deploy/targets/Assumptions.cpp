@@ -76,11 +76,18 @@ std::vector<Problem> ProblemsOfTemplates(Deployment& product) {
     return problems;
 }
 
-std::vector<Problem> ProblemsNow(Deployment& product, bool withTemplates) {
+struct Findings {
     std::vector<Problem> problems;
-    if (withTemplates) problems = ProblemsOfTemplates(product);
-    Append(problems, CheckConditions(product).problems);
-    return problems;
+    std::vector<Problem> warnings;
+};
+
+Findings FindingsNow(Deployment& product, bool withTemplates) {
+    Findings now;
+    if (withTemplates) now.problems = ProblemsOfTemplates(product);
+    ConditionFindings conditions = CheckConditions(product);
+    Append(now.problems, std::move(conditions.problems));
+    now.warnings = std::move(conditions.warnings);
+    return now;
 }
 
 /// What is wrong elsewhere, and comes to light as soon as the parameter has a value that breaks nothing.
@@ -99,6 +106,12 @@ void TakeOut(std::vector<Problem>& problems, const std::vector<Problem>& known) 
     std::erase_if(problems, [&](const Problem& problem) { return told.contains(problem.Describe()); });
 }
 
+/// The caller has just given the value, and needs no name of its place.
+Problem ForCaller(Problem problem) {
+    if (problem.file == kSource) problem.file.clear();
+    return problem;
+}
+
 }  // namespace
 
 std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
@@ -106,17 +119,19 @@ std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string
     const bool isForTemplates = MayBreakTemplates(value);
     if (!isForTemplates && IsKnownParameter(name)) return std::nullopt;
     try {
-        const std::vector<Problem> before = ProblemsNow(product, isForTemplates);
+        const Findings before = FindingsNow(product, isForTemplates);
         Give(product, name, value);
-        std::vector<Problem> problems = ProblemsNow(product, isForTemplates);
-        TakeOut(problems, before);
+        auto [problems, warnings] = FindingsNow(product, isForTemplates);
+        TakeOut(problems, before.problems);
         if (isForTemplates && !problems.empty()) {
             TakeOut(problems, HiddenProblems(product, name));
             Give(product, name, value);
         }
-        if (problems.empty()) return std::nullopt;
-        if (problems.front().file == kSource) problems.front().file.clear();
-        return problems.front();
+        if (!problems.empty()) return ForCaller(problems.front());
+        TakeOut(warnings, before.warnings);
+        for (const Problem& warning : warnings)
+            product.Out().Warning(ForCaller(warning).Describe());
+        return std::nullopt;
     } catch (const Failure&) {
         return std::nullopt;
     }
