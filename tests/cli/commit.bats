@@ -373,3 +373,20 @@ $HOST/out/two.conf: unchanged
     assert_status 0
     grep -q "Process config file template '$HOST/etc/one.conf' to '$HOST/out/one.conf'" <<<"$stderr"
 }
+
+@test "a first commit looks once whether the history may be read, however many targets there are" {
+    # looks: how often a commit asks for access to the history.
+    looks() {
+        strace -f -qq -o "$BASE/trace" -e trace=/access \
+            "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config >/dev/null
+        grep -c 'state\.db"' "$BASE/trace" || true
+    }
+    local one name
+    one=$(looks)
+    for name in a b c d e f; do
+        add_target "$name.conf" "$name"
+    done
+    zet -q rollback-config
+    rm state/state.db*
+    assert_equal "$(looks)" "$one"
+}

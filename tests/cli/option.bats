@@ -165,6 +165,46 @@ REALM=NEW
     zet -q check-config
 }
 
+@test "set warns of a value that no condition names, as a commit does" {
+    mkdir -p etc templates
+    printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    printf '[templates."a"]\ntarget = "%s/a"\nroles = "both"\nwhen = "IDENTITY=sssd"\n' "$HOST" >templates/targets.toml
+    echo a >templates/a
+    local none="is none that when asks for: sssd (correct it; or, if nothing is to be in force for it, name it in the when of an entry with enabled = false)"
+    zet -q option set IDENTITY sssd
+    local value
+    for value in winbind ''; do
+        run_zet option set IDENTITY "$value"
+        assert_status 0
+        assert_stderr "${value:+zet-client: warning: the value of IDENTITY $none}"
+    done
+    echo 'OTHER=${other_value}' >>zet.conf
+    sed -i 's/IDENTITY=sssd/OTHER=sssd/' templates/targets.toml
+    run_zet option set OTHER_VALUE winbind
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/zet.conf:$(grep -n ^OTHER= zet.conf | cut -d: -f1): the value of OTHER $none"
+    run_zet option set OTHER_VALUE ldap
+    assert_success "$HOST/zet.conf: changed"
+}
+
+@test "set counts no problem that any other value would bring to light, too" {
+    mkdir -p etc templates
+    printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    printf '[[edits]]\nfile = "%s/c"\nparam = "a"\nvalue = "1${foo}"\n' "$HOST" >templates/targets.toml
+    printf '[[edits]]\nfile = "%s/missing"\nparam = "a"\nvalue = "1"\n' "$HOST" >>templates/targets.toml
+    echo a=1 >c
+    local value
+    for value in a--b '${realm}' ''; do
+        run_zet option set FOO "$value"
+        assert_success "$HOST/zet.conf: changed"
+        assert_equal "$(tail -n 1 zet.conf)" "FOO=$value"
+        sed -i '$d' zet.conf
+    done
+    run_zet option set FOO '${nope}'
+    assert_status 1
+    [[ $stderr == *"the option would break the configuration file: $HOST/templates/targets.toml:"*'"${nope}" has no value'* ]]
+}
+
 @test "set refuses a language that the host does not have, and takes an empty one for C" {
     remember_host
     local language

@@ -106,6 +106,31 @@ $HOST/templates/values.conf:1: the value of \${ntp_server} ends with a carriage 
     zet -q commit-config
 }
 
+@test "a value that nothing asks for may end with a carriage return" {
+    printf 'one\r\ntwo\r\n' >etc/values.d/nobody
+    printf 'OTHER=x\r\n' >templates/values.conf
+    printf 'NTP_SERVER=ntp\nEXTRA=\n' >>templates/values.conf
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"$HOST/etc/values.d/nobody: nothing uses"* ]]
+    zet -q commit-config
+    # asked NAME VALUE: the file of values is a problem from now on, be it for a value of another.
+    asked() {
+        run_zet commit-config
+        assert_refusal 1 "$HOST/etc/values.d/nobody: the value of \${nobody} ends with a carriage return (save the file with plain line feeds)
+zet-client: nothing was changed"
+    }
+    echo 'EXTRA=${nobody}' >>zet.conf
+    asked
+    sed -i '$d' zet.conf
+    zet -q commit-config
+    own_list $'[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "NOBODY=yes"\noptional = true'
+    printf 'x\ny\r\n' >etc/values.d/nobody
+    run_zet check-config
+    assert_status 1
+    [[ $output == "$HOST/etc/values.d/nobody: the value of \${nobody} ends with a carriage return ("* ]]
+}
+
 @test "a list of one's own adds, changes and disables" {
     add_target two.conf $'two\n'
     printf 'own\n' >etc/own.conf
@@ -265,7 +290,7 @@ choose() {
         assert_stderr ""
         [[ $output == *"own.conf: would be removed"* ]]
     done
-    for value in yse on Yes 'yes ' 2; do
+    for value in yse on Yes 'yes '; do
         choose "$value"
         run_zet check-config
         assert_status 1
@@ -280,6 +305,30 @@ zet-client: nothing was changed"
     run_zet commit-config one.conf
     assert_status 0
     test -e out/own.conf
+}
+
+@test "a value that is far from a yes or no is a problem only where the conditions ask for both" {
+    local value
+    own_choice PROXY=no PROXY=no
+    for value in proxy.example.org:3128 weekly es de 2; do
+        choose "$value"
+        run_zet check-config
+        assert_status 0
+        [[ $stderr == *"warning: $HOST/zet.conf:6: the value of PROXY is none that when asks for: no (correct it; or, "* ]]
+        run_zet commit-config -n
+        assert_status 3
+        [[ $output == *"own.conf: would be removed"* ]]
+    done
+    zet -q option set PROXY proxy.example.org
+    zet -q commit-config
+    zet -q option set PROXY no
+    printf '[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "PROXY=yes"\noptional = true\n' >>etc/targets.d/10.toml
+    run_zet option set PROXY proxy.example.org
+    assert_refusal 1 "the option would break the configuration file: when asks whether PROXY is yes or no, and its value is neither (write yes or no)"
+    choose 2
+    run_zet commit-config
+    assert_refusal 1 "$HOST/zet.conf:6: when asks whether PROXY is yes or no, and its value is neither (write yes or no)
+zet-client: nothing was changed"
 }
 
 @test "a value that no condition names is told, and one that is likely mistyped is a problem" {
@@ -390,6 +439,30 @@ zet-client: nothing was changed"
     printf 'IDENTTY=x\nSITE=\n' >etc/defaults.d/10.conf
     run_zet -q check-config
     assert_success ""
+}
+
+@test "a name that another when or a placeholder uses is no typing mistake, and entries of the other role are not judged" {
+    local warning="nobody gives (correct its name, or give it a value, which may be empty)"
+    printf 'RACK_A=yes\nBACKUP_HOSTS=b\n' >>zet.conf
+    own_list $'[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "${backup_hosts}"\nwhen = "RACK_A=no"
+[[edits]]\nfile = "/x"\nparam = "b"\nvalue = "b"\nwhen = "RACK_B=yes"
+[[edits]]\nfile = "/x"\nparam = "c"\nvalue = "c"\nwhen = "BACKUP_HOST=b"'
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"when asks for the parameter RACK_B, which $warning"* &&
+        $stderr == *"when asks for the parameter BACKUP_HOST, which $warning"* ]]
+    zet -q option set RACK_A yes
+    run_zet commit-config -n --set RACK_A=true
+    assert_status 3
+    zet -q commit-config
+    own_list $'[[edits]]\nfile = "/x"\nparam = "c"\nvalue = "c"\nwhen = "BACKUP_HOST=b"'
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:5: when asks for the parameter BACKUP_HOST, which nobody gives (did you mean BACKUP_HOSTS?)"
+    sed -i '$a roles = "server"' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    zet -q commit-config
 }
 
 @test "a target can be made without a notice" {

@@ -67,7 +67,7 @@ class History {
     /// Reports the failure as a warning, unless it is the one that was reported last.
     void TellUnusable(const Failure& failure);
 
-    /// Whether there is a store that this user may not read.
+    /// Whether there is a store that this user may not read, as it was when this was asked first.
     bool IsDenied() const;
 
     /// Reports once, as a warning, that this user may not read the store, and what is not told then.
@@ -87,6 +87,7 @@ class History {
     std::unique_ptr<Store> m_store;
     FoundStore m_found;
     std::weak_ptr<const void> m_foundUnder;  ///< the lock; `m_found` holds until it expires
+    mutable std::optional<bool> m_isDenied;  ///< none: nobody asked
     bool m_isToRecord = false;
     bool m_isUnusable = false;
     bool m_isLossTold = false;

@@ -145,14 +145,14 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
     return check.Result();
 }
 
-std::vector<Problem> CheckLineEnds(HostValues& values) {
+std::vector<Problem> CheckLineEnds(HostValues& values, const std::set<std::string>& used) {
     std::set<std::string> checked;
     for (const auto* given : {&values.GivenByFleet(), &values.GivenByMain(), &values.Assumed()})
         for (const GivenParameter& parameter : *given)
             checked.insert(PlaceholderFor(parameter.name));
     std::vector<Problem> problems;
     for (const auto& [placeholder, value] : values.Own()) {
-        if (!EndsWithReturn(value) || checked.contains(placeholder)) continue;
+        if (!EndsWithReturn(value) || checked.contains(placeholder) || !used.contains(placeholder)) continue;
         const auto source = values.SourceOfPlaceholder(placeholder);
         if (source)
             problems.push_back({.file = source->file,

@@ -31,9 +31,9 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
                                           const std::vector<GivenParameter>& defaults = {},
                                           const std::vector<GivenParameter>& assumed = {});
 
-/// Finds values of files, and of the shipped defaults, that end with a carriage return: the lines of the
-/// others are checked as parameters.
-std::vector<Problem> CheckLineEnds(HostValues& values);
+/// Finds values of files, and of the shipped defaults, that end with a carriage return, for the placeholders
+/// in `used`: the lines of the others are checked as parameters.
+std::vector<Problem> CheckLineEnds(HostValues& values, const std::set<std::string>& used);
 
 /// The parameters among `given` that nobody knows and nothing uses.
 struct UnusedParameters {

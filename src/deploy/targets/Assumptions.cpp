@@ -64,14 +64,52 @@ bool MayBreakTemplates(const std::string& value) {
            value.find(kInEveryMarker) != std::string::npos || Text::MustComeFirst(value);
 }
 
-std::vector<Problem> ProblemsNow(Deployment& product, bool withTemplates) {
-    std::vector<Problem> problems;
-    if (withTemplates) {
-        problems = CheckTargets(product, {}).problems;
-        Append(problems, ProblemsOfEdits(product));
-    }
-    Append(problems, CheckConditions(product).problems);
+void Give(Deployment& product, const std::string& name, const std::string& value) {
+    product.UpdateParam(name, value);
+    product.Values().Assume({.name = name, .value = value, .file = kSource});
+    product.ForgetValues();
+}
+
+std::vector<Problem> ProblemsOfTemplates(Deployment& product) {
+    std::vector<Problem> problems = CheckTargets(product, {}).problems;
+    Append(problems, ProblemsOfEdits(product));
     return problems;
+}
+
+struct Findings {
+    std::vector<Problem> problems;
+    std::vector<Problem> warnings;
+};
+
+Findings FindingsNow(Deployment& product, bool withTemplates) {
+    Findings now;
+    if (withTemplates) now.problems = ProblemsOfTemplates(product);
+    ConditionFindings conditions = CheckConditions(product);
+    Append(now.problems, std::move(conditions.problems));
+    now.warnings = std::move(conditions.warnings);
+    return now;
+}
+
+/// What is wrong elsewhere, and comes to light as soon as the parameter has a value that breaks nothing.
+std::vector<Problem> HiddenProblems(Deployment& product, const std::string& name) {
+    constexpr char kHarmless[] = "0";
+    Give(product, name, kHarmless);
+    std::vector<Problem> problems = ProblemsOfTemplates(product);
+    std::erase_if(problems, [](const Problem& problem) { return problem.file == kSource; });
+    return problems;
+}
+
+void TakeOut(std::vector<Problem>& problems, const std::vector<Problem>& known) {
+    std::set<std::string> told;
+    for (const Problem& problem : known)
+        told.insert(problem.Describe());
+    std::erase_if(problems, [&](const Problem& problem) { return told.contains(problem.Describe()); });
+}
+
+/// The caller has just given the value, and needs no name of its place.
+Problem ForCaller(Problem problem) {
+    if (problem.file == kSource) problem.file.clear();
+    return problem;
 }
 
 }  // namespace
@@ -81,21 +119,22 @@ std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string
     const bool isForTemplates = MayBreakTemplates(value);
     if (!isForTemplates && IsKnownParameter(name)) return std::nullopt;
     try {
-        std::set<std::string> before;
-        for (const Problem& problem : ProblemsNow(product, isForTemplates))
-            before.insert(problem.Describe());
-        product.UpdateParam(name, value);
-        product.Values().Assume({.name = name, .value = value, .file = kSource});
-        product.ForgetValues();
-        for (Problem& problem : ProblemsNow(product, isForTemplates)) {
-            if (before.contains(problem.Describe())) continue;
-            if (problem.file == kSource) problem.file.clear();
-            return std::optional(std::move(problem));
+        const Findings before = FindingsNow(product, isForTemplates);
+        Give(product, name, value);
+        auto [problems, warnings] = FindingsNow(product, isForTemplates);
+        TakeOut(problems, before.problems);
+        if (isForTemplates && !problems.empty()) {
+            TakeOut(problems, HiddenProblems(product, name));
+            Give(product, name, value);
         }
+        if (!problems.empty()) return ForCaller(problems.front());
+        TakeOut(warnings, before.warnings);
+        for (const Problem& warning : warnings)
+            product.Out().Warning(ForCaller(warning).Describe());
+        return std::nullopt;
     } catch (const Failure&) {
         return std::nullopt;
     }
-    return std::nullopt;
 }
 
 void AssumeDirectories(Options& options, const StringMap& values) {

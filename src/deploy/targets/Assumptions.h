@@ -18,8 +18,9 @@ void AssumeDirectories(Options& options, const StringMap& values);
 void AssumeParameters(Deployment& product, const StringMap& values);
 
 /// The same of one parameter that is going to have the value, and the first problem that a check of the
-/// role's templates, edits and conditions then finds, and did not find before. Where a list cannot be read,
-/// nobody can tell: none.
+/// role's templates, edits and conditions then finds, and did not find before, and would not find with any
+/// other value. Where a list cannot be read, nobody can tell: none. If there is none, warns of a value that
+/// no condition names from now on.
 std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
                                           const std::string& value);
 

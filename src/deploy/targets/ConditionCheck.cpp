@@ -1,13 +1,16 @@
 #include "deploy/targets/ConditionCheck.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "deploy/host/Words.h"
 #include "deploy/lists/ConditionValues.h"
 #include "deploy/state/ParameterNames.h"
+#include "deploy/targets/UsedPlaceholders.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -17,7 +20,7 @@ namespace {
 template <typename Take>
 void ForEachCondition(const TargetList& list, const Take& take) {
     const auto takeOf = [&](const ListEntry& entry) {
-        if (!entry.when.parameter.empty()) take(entry.when, entry.isEnabled);
+        if (!entry.when.parameter.empty()) take(entry);
     };
     for (const Target& target : list.targets)
         takeOf(target);
@@ -59,6 +62,26 @@ bool AsksForFlags(const Values& asked, const std::string& name) {
            !std::all_of(asked.begin(), asked.end(), IsDigit);
 }
 
+/// Whether the conditions ask for yes and for no, so that each of them counts on one of the two.
+bool AsksForBoth(const Values& asked, const std::string& name) {
+    const auto hasOne = [&](bool meaning) {
+        return std::any_of(asked.begin(), asked.end(), [&](const std::string& value) {
+            return MeaningOf(name, value) == std::optional(meaning);
+        });
+    };
+    return hasOne(true) && hasOne(false);
+}
+
+/// Whether the value is likely to be meant as yes or no: in capitals, with its letters mixed up, or a word
+/// that other programs take.
+bool IsNearFlag(const std::string& value) {
+    constexpr const char* kNear[] = {"yes", "no", "true", "false", "y", "n", "on", "off"};
+    const std::string plain = Plain(value);
+    return std::any_of(std::begin(kNear), std::end(kNear), [&](std::string_view word) {
+        return std::is_permutation(plain.begin(), plain.end(), word.begin(), word.end());
+    });
+}
+
 /// Empty if the value is much unlike all of them.
 std::string Meant(const Values& asked, const std::string& value) {
     const auto found = std::find_if(asked.begin(), asked.end(),
@@ -76,15 +99,16 @@ std::string Listed(const Values& values) {
 class ConditionChecker {
   public:
     explicit ConditionChecker(Deployment& product) : m_product(product), m_values(product) {
-        ForEachCondition(product.Lists().Targets(), [&](const Condition& when, bool /*isEnabled*/) {
-            m_asked[when.parameter].insert(when.value);
+        ForEachCondition(product.Lists().Targets(), [&](const ListEntry& entry) {
+            m_asked[entry.when.parameter].insert(entry.when.value);
         });
     }
 
     ConditionFindings Check() {
         std::set<std::string> done;
-        ForEachCondition(m_product.Lists().Targets(), [&](const Condition& when, bool isEnabled) {
-            if (isEnabled && done.insert(when.parameter).second) Check(when);
+        ForEachCondition(m_product.Lists().Targets(), [&](const ListEntry& entry) {
+            if (!entry.isEnabled || !entry.IsFor(m_product.Role())) return;
+            if (done.insert(entry.when.parameter).second) Check(entry.when);
         });
         return std::move(m_found);
     }
@@ -99,16 +123,27 @@ class ConditionChecker {
 
     /// A condition on a parameter that nobody gives is never met.
     void TellNotGiven(const Condition& when) {
-        std::vector<std::string> names = NamesOfTheProduct();
-        for (const auto& [name, value] : m_product.Values().Params())
-            names.push_back(name);
         const std::string& name = when.parameter;
-        const std::string nearest = LikelyName(name, names);
+        const std::string nearest = NameMeantBy(name);
         (nearest.empty() ? m_found.notGiven : m_found.problems)
             .push_back({when.file, when.line, 0,
                         Words("when asks for the parameter %s, which nobody gives", name),
                         nearest.empty() ? _("correct its name, or give it a value, which may be empty")
                                         : Words("did you mean %s?", nearest)});
+    }
+
+    /// One that nothing else asks for: hosts with a list in common need not give all that it asks for, and
+    /// their names may be much alike. Empty if there is none.
+    std::string NameMeantBy(const std::string& name) {
+        std::vector<std::string> names = NamesOfTheProduct();
+        for (const auto& [given, value] : m_product.Values().Params())
+            names.push_back(given);
+        std::erase_if(names, [&](const std::string& each) { return m_asked.contains(each); });
+        if (LikelyName(name, names).empty()) return "";
+        // Only now, since it reads all templates.
+        const std::set<std::string> used = UsedAnywhere(m_product);
+        std::erase_if(names, [&](const std::string& each) { return used.contains(PlaceholderFor(each)); });
+        return LikelyName(name, names);
     }
 
     void TellIncomplete(const std::string& name) {
@@ -125,7 +160,7 @@ class ConditionChecker {
         const Values& asked = m_asked[name];
         if (IsKnownParameter(name) || value.empty() || IsAskedFor(asked, name, value)) return;
         Problem problem = ProblemIn(name);
-        if (AsksForFlags(asked, name)) {
+        if (AsksForFlags(asked, name) && (AsksForBoth(asked, name) || IsNearFlag(value))) {
             problem.text = Words("when asks whether %s is yes or no, and its value is neither", name);
             problem.remedy = _("write yes or no");
             return m_found.problems.push_back(std::move(problem));
@@ -166,10 +201,16 @@ ConditionFindings CheckConditions(Deployment& product) {
 
 std::set<std::string> ParametersAskedFor(Deployment& product) {
     std::set<std::string> asked;
-    ForEachCondition(product.Lists().Targets(), [&](const Condition& when, bool isEnabled) {
-        if (isEnabled) asked.insert(when.parameter);
+    ForEachCondition(product.Lists().Targets(), [&](const ListEntry& entry) {
+        if (entry.isEnabled) asked.insert(entry.when.parameter);
     });
     return asked;
+}
+
+std::set<std::string> UsedOrAskedFor(Deployment& product, std::set<std::string> used) {
+    for (const std::string& name : ParametersAskedFor(product))
+        used.insert(PlaceholderFor(name));
+    return used;
 }
 
 }  // namespace ZET::Deploy

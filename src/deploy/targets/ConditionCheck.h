@@ -12,7 +12,7 @@
 /// files off the host.
 namespace ZET::Deploy {
 
-/// What is wrong with the conditions and the values that they ask for, whatever role the entries are for.
+/// What is wrong with the conditions of the role's entries and with the values that they ask for.
 struct ConditionFindings {
     std::vector<Problem> problems;
     std::vector<Problem> warnings;  ///< of values that no condition names
@@ -23,6 +23,9 @@ ConditionFindings CheckConditions(Deployment& product);
 
 /// The parameters that the conditions of the host's lists ask for.
 std::set<std::string> ParametersAskedFor(Deployment& product);
+
+/// The placeholders in `used`, and those of these parameters.
+std::set<std::string> UsedOrAskedFor(Deployment& product, std::set<std::string> used);
 
 }  // namespace ZET::Deploy
 

@@ -19,6 +19,7 @@
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/EditedTargets.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/PlaceCheck.h"
@@ -229,7 +230,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     Append(checked.problems, checker.Result());
     HostValues& values = product.Values();
     Append(checked.problems, values.Problems());
-    Append(checked.problems, CheckLineEnds(values));
+    Append(checked.problems, CheckLineEnds(values, UsedOrAskedFor(product, checked.templates.used)));
     Append(checked.problems,
            CheckParameterValues(product.Core(), product.TemplateValues(), checked.templates.used,
                                 values.GivenByFleet(), values.Assumed()));

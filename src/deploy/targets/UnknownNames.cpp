@@ -1,54 +1,24 @@
 #include "deploy/targets/UnknownNames.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ParameterNames.h"
 #include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "text/Lines.h"
-#include "text/Placeholders.h"
+#include "deploy/targets/UsedPlaceholders.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-/// Includes the placeholders of templates that were not checked: of the other role, and not in force.
-std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
-    std::set<std::string> all = used;
-    const auto take = [&](const std::vector<std::string>& placeholders) {
-        all.insert(placeholders.begin(), placeholders.end());
-    };
-    const auto takeLines = [&](std::string_view lines) {
-        while (!lines.empty())
-            take(Text::PlaceholdersOf(Text::TakeLine(lines).text));
-    };
-    for (const Target& target : product.Lists().Targets().targets) {
-        const std::string file = TemplateFile(product, target.templateName);
-        try {
-            if (!file.empty() && product.HostPaths().StaysInside(file)) ReadChunks(file, takeLines);
-        } catch (const Failure&) {
-            // Whoever wants to render it gets the reason.
-        }
-    }
-    for (const ListedEdit& edit : product.Lists().Targets().edits)
-        take(Text::PlaceholdersOfValue(edit.value + edit.text));
-    for (const auto& [placeholder, value] : product.Values().Own())
-        take(Text::PlaceholdersOfValue(value));
-    const std::set<std::string>& clashing = product.Values().Clashing();
-    all.insert(clashing.begin(), clashing.end());
-    return all;
-}
-
-void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedParameters& found) {
-    for (const std::string& name : ParametersAskedFor(product))
-        used.insert(PlaceholderFor(name));
+void FindUnusedTexts(Deployment& product, const std::set<std::string>& usedAnywhere,
+                     UnusedParameters& found) {
+    const std::set<std::string> used = UsedOrAskedFor(product, usedAnywhere);
     for (const auto& [placeholder, file] : product.Values().ValueFiles()) {
         if (!used.contains(placeholder))
             found.unused.push_back({.file = file,
@@ -106,7 +76,7 @@ UnusedParameters JudgeName(Deployment& product, const std::string& name) {
     given.name = name;
     if (IsKnownParameter(name)) return {};
     try {
-        return FindUnusedParameters("", {given}, UsedAnywhere(product, {}), ParametersAskedFor(product));
+        return FindUnusedParameters("", {given}, UsedAnywhere(product), ParametersAskedFor(product));
     } catch (const Failure&) {
         return {};
     }
