@@ -225,7 +225,7 @@ $LIST:8:18: the name of the template [three.conf] is not quoted (write [template
 @test "keys of a template that no list before has any more are told, and stop nothing" {
     mkdir etc/targets.d
     local own=$HOST/etc/targets.d/10.toml
-    printf '[templates."gone"]\nmode = "0640"\n[[edits]]\nname = "lost"\nvalue = "1"\n' >"$own"
+    printf '[templates."gone"]\nwhen = "DOMAN=example.org"\n[[edits]]\nname = "lost"\nvalue = "1"\n' >"$own"
     local told="zet-client: warning: $own:1: no list before this one has the template [gone], and it has no target (take its keys out, or add target = \"/PATH\")
 zet-client: warning: $own:3: no list before this one has the edit \"lost\", and it has no file (take its keys out, or add file = \"/PATH\")"
     run_zet check-config

@@ -354,6 +354,9 @@ zet-client: no problems found"
     assert_status 0
     assert_stderr "$warning"
     assert_absent out/own.conf
+    run_zet commit-config
+    assert_status 0
+    assert_stderr ""
     printf '[templates."none"]\nwhen = "IDENTITY=ldap"\nenabled = false\n' >>etc/targets.d/10.toml
     run_zet check-config
     assert_status 0

@@ -89,7 +89,6 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         Append(m_checked.problems, FindMistypedNames(product, m_checked.templates.used));
         Append(m_checked.problems, std::move(conditions.problems));
     }
-    WarnOf(product, conditions.warnings);
     if (!m_checked.problems.empty()) {
         if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
@@ -109,7 +108,10 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         AddTakenBack();
         AddLines();
         JudgeLines(wanted);
-        if (TakesBack()) WarnOf(product, conditions.notGiven);
+        if (TakesBack()) {
+            WarnOf(product, conditions.warnings);
+            WarnOf(product, conditions.notGiven);
+        }
     }
     if (m_checked.problems.empty()) return;
     m_targets.clear();

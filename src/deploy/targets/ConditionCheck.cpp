@@ -20,7 +20,7 @@ namespace {
 template <typename Take>
 void ForEachCondition(const TargetList& list, const Take& take) {
     const auto takeOf = [&](const ListEntry& entry) {
-        if (!entry.when.parameter.empty()) take(entry);
+        if (!entry.when.parameter.empty() && !entry.isStray) take(entry);
     };
     for (const Target& target : list.targets)
         takeOf(target);
