@@ -92,8 +92,8 @@ std::unique_ptr<CZETHost> Host::ReadMainFile() const {
                        .text = Words("is a link to %s, which is not there", file),
                        .remedy = _("correct the link, or remove it")});
     }
-    return m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
-                                                          : std::make_unique<CZETHost>();
+    if (m_options.needsConfigFile || IsFileExist(file)) return std::make_unique<CZETHost>(file);
+    return std::make_unique<CZETHost>();
 }
 
 void Host::RequireDirectories() {
