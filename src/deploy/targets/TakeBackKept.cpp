@@ -3,7 +3,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/targets/TakeBack.h"
 #include "text/ShellWord.h"
-#include "zet/ZETFiles.h"
 
 // Which files stay though they should go back, and what is reported of them.
 namespace ZET::Deploy {
