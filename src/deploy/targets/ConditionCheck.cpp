@@ -11,6 +11,7 @@
 #include "deploy/lists/ConditionValues.h"
 #include "deploy/state/ParameterNames.h"
 #include "deploy/targets/UsedPlaceholders.h"
+#include "text/Joined.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -89,13 +90,6 @@ std::string Meant(const Values& asked, const std::string& value) {
     return found == asked.end() ? "" : *found;
 }
 
-std::string Listed(const Values& values) {
-    std::string list;
-    for (const std::string& value : values)
-        list += (list.empty() ? "" : ", ") + value;
-    return list;
-}
-
 class ConditionChecker {
   public:
     explicit ConditionChecker(Deployment& product) : m_product(product), m_values(product) {
@@ -165,7 +159,8 @@ class ConditionChecker {
             problem.remedy = _("write yes or no");
             return m_found.problems.push_back(std::move(problem));
         }
-        problem.text = Words("the value of %s is none that when asks for: %s", name, Listed(asked));
+        problem.text = Words("the value of %s is none that when asks for: %s", name,
+                             Text::Joined({asked.begin(), asked.end()}, ", "));
         if (const std::string meant = Meant(asked, value); !meant.empty()) {
             problem.remedy = Words("did you mean %s?", meant);
             return m_found.problems.push_back(std::move(problem));
