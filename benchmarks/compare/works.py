@@ -98,9 +98,11 @@ def _render_tools(place, template, body, names):
         # A tool that checks would not write again what exists already.
         tools[name] = Tool(name, kind, command(str(out)), out, expected, prepare=["cp", str(former), str(out)], **more)
 
-    add("zet-client", COMMAND, lambda out: place.command("template", "process", template.name, out))
+    # As the others do: whatever the file holds is replaced.
+    words = ["template", "process", "--force", template.name]
+    add("zet-client", COMMAND, lambda out: place.command(*words, out))
     if place.built_in_programs:
-        add(BUILT_IN, COMMAND, lambda out: place.built_in("template", "process", template.name, out))
+        add(BUILT_IN, COMMAND, lambda out: place.built_in(*words, out))
     add("engine", ENGINE, lambda out: place.engine("render", template.name, out))
     add("floor", FLOOR, lambda out: place.floor("replace", template, out), None)
     add("perl", PEER, lambda out: ["perl", str(PEERS / "render.pl"), "-", str(template), out, *assignments()])

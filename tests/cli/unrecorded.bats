@@ -254,3 +254,26 @@ zet-client: nothing was changed"
         [[ $stderr == *"out: cannot be written"* ]] || differ "$words" "cannot be written" "$stderr"
     done
 }
+
+@test "without a history, a template rendered by force is not recorded, but the template's own target is" {
+    echo ZET_HISTORY=no >>zet.conf
+    printf 'old\n' >out/other
+    local text
+    for text in two three; do
+        echo "$text" >etc/one.conf
+        zet -q template process --force one.conf "$HOST/out/other"
+        grep -qx "$text" out/other
+    done
+    [ ! -e state/state.db ]
+    echo four >etc/one.conf
+    run_zet template process one.conf "$HOST/out/other"
+    assert_refusal 1 "$HOST/out/other: holds changes that are kept nowhere (--force replaces it all the same)"
+    grep -qx three out/other
+    zet -q template process --force one.conf "$ONE"
+    zet -q commit-config
+    echo five >etc/one.conf
+    zet -q template process --force one.conf "$ONE"
+    echo six >etc/one.conf
+    zet -q commit-config
+    grep -qx six out/one.conf
+}

@@ -199,14 +199,20 @@ FileOutcome TemplateProcess::RunInTrial() {
     return Planned(staged, after);
 }
 
+/// Whether the result must be distinguishable from what others make of it, even without a history: a commit
+/// asks that of a target, and this command of any file that it does not replace by force.
+bool TemplateProcess::IsRecorded() const {
+    return !m_isForced || TargetOfFile() != nullptr;
+}
+
 FileOutcome TemplateProcess::RunInPlace() {
     FileOutcome outcome;
     const std::string& name = m_rendering.templateName;
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
     // As in a dry run, this is the pristine template's mode if there is no working copy yet.
     const mode_t mode = ModeToGive();
-    // The result is nobody's target, but must be distinguishable from what others make of it.
-    Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
+    Recording recording(m_product, IsRecorded() ? Recording::Use::OfTheProduct : Recording::Use::OfFiles,
+                        m_writing->Records());
     Expect(recording, place);
     recording.Announce();
     // With the rights of the user who holds the file, the module could not do this while it renders.

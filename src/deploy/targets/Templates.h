@@ -39,7 +39,8 @@ std::string RenderedText(Deployment& product, const Rendering& rendering);
 /// another use.
 class TemplateProcess {
   public:
-    /// With `isForced`, also replaces changes of the file that are kept nowhere.
+    /// With `isForced`, also replaces changes of the file that are kept nowhere, so that without a history
+    /// nothing has to be recorded to recognise them.
     TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target,
                     bool isForced);
 
@@ -57,6 +58,7 @@ class TemplateProcess {
     const Target* TargetOfFile() const;
     FileOutcome RunInTrial();
     FileOutcome RunInPlace();
+    bool IsRecorded() const;
     void Expect(Recording& recording, const FileInPlace& place);
 
     Deployment& m_product;
