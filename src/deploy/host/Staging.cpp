@@ -172,7 +172,9 @@ void Staging::Make(const std::string& place) {
     for (int tries = 0; tries < kMostTries; ++tries) {
         m_directory = place + "/" + kPrefix + "XXXXXX";
         if (mkdtemp(m_directory.data()) == nullptr) return;
-        const Descriptor directory(openat(m_place, BaseNameOf(m_directory).c_str(), kDirectory));
+        // Memory that runs out now must not leave the directory behind, so nothing is allocated.
+        const char* const name = m_directory.c_str() + place.size() + 1;
+        const Descriptor directory(openat(m_place, name, kDirectory));
         if (IsOwn(directory, S_IRWXG | S_IRWXO)) {
             m_lock = LockOf(directory);
         } else if (directory >= 0) {
