@@ -6,28 +6,15 @@ load package
 LIBDIR=lib/x86_64-linux-gnu
 RELEASE=9.8.7
 
-# What the build at hand has compiled already is taken over, so that only what differs is made anew.
-copy_build() {
-    rm -rf "$OTHER"
-    mkdir "$OTHER"
-    cp -a "$ZET_BUILD"/{CMakeFiles,src,.ninja_deps,.ninja_log} "$OTHER/"
-    sed "s|$ZET_BUILD|$OTHER|g" "$ZET_BUILD/CMakeCache.txt" >"$OTHER/CMakeCache.txt"
-}
-
 setup_file() {
     set_up_package
-    # Beside the build at hand, since the ways to the sources are in the commands that compile them.
-    export OTHER=$ZET_BUILD-layout
+    export OTHER=$BATS_FILE_TMPDIR/build
     echo "set(PROJECT_VERSION $RELEASE)" >"$BATS_FILE_TMPDIR/release.cmake"
-    copy_build
-    "$CMAKE" -S "$SOURCE_DIR" -B "$OTHER" -DZET_BUILD_TESTS=OFF -DZET_BUILD_BENCHMARKS=OFF \
+    # Without optimisation, which takes a third of the time.
+    "$CMAKE" -S "$SOURCE_DIR" -B "$OTHER" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O0 \
         -DCMAKE_INSTALL_LIBDIR="$LIBDIR" -DCMAKE_PROJECT_INCLUDE="$BATS_FILE_TMPDIR/release.cmake" >/dev/null
     "$CMAKE" --build "$OTHER" >/dev/null
     "$CMAKE" --install "$OTHER" --prefix "$PREFIX" >/dev/null
-}
-
-teardown_file() {
-    rm -rf "$OTHER"
 }
 
 @test "LibrariesAndModuleAreWhereTheBuildWasToldTo" {
