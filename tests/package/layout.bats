@@ -10,7 +10,7 @@ setup_file() {
     set_up_package
     export OTHER=$BATS_FILE_TMPDIR/build
     echo "set(PROJECT_VERSION $RELEASE)" >"$BATS_FILE_TMPDIR/release.cmake"
-    # Without optimisation, which takes a third of the time.
+    # Without optimisation, which takes half of the time.
     "$CMAKE" -S "$SOURCE_DIR" -B "$OTHER" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O0 \
         -DCMAKE_INSTALL_LIBDIR="$LIBDIR" -DCMAKE_PROJECT_INCLUDE="$BATS_FILE_TMPDIR/release.cmake" >/dev/null
     "$CMAKE" --build "$OTHER" >/dev/null
