@@ -26,9 +26,7 @@ bool IsReserved(const std::string& path, const RecordedState& text) {
 }
 
 bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
-    const std::string path = file.path + suffix;
-    if (file.place == nullptr) return StateOf(path).exists;
-    return StateIn(file.place->Directory(), file.place->NameInDirectory() + suffix, path).exists;
+    return (file.place == nullptr ? StateOf(file.path + suffix) : file.place->State(suffix)).exists;
 }
 
 }  // namespace
@@ -247,9 +245,8 @@ void Recording::Begin() {
 }
 
 CapturedFile Recording::Now(const Row& row) const {
-    if (row.place == nullptr) return Capture(row.path, m_limits.largestText);
-    return CaptureIn(row.place->Directory(), row.place->NameInDirectory() + row.suffix, row.path,
-                     m_limits.largestText);
+    return row.place == nullptr ? Capture(row.path, m_limits.largestText)
+                                : CaptureIn(*row.place, row.suffix, m_limits.largestText);
 }
 
 /// A file that goes back also takes the place of a link, which has no text to record: nothing can restore it.
@@ -267,10 +264,8 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
     const RecordedState& planned = row.record.file.after;
     if (!row.record.isPlanned || !planned.exists) return Now(row);
     CapturedFile after;
-    after.state = row.place == nullptr
-                      ? CaptureWithoutText(row.path)
-                      : CaptureWithoutTextIn(row.place->Directory(),
-                                             row.place->NameInDirectory() + row.suffix, row.path);
+    after.state =
+        row.place == nullptr ? CaptureWithoutText(row.path) : CaptureWithoutTextIn(*row.place, row.suffix);
     after.state.size = planned.size;
     after.state.digest = planned.digest;
     return after.state.exists ? after : Now(row);
