@@ -277,10 +277,9 @@ void Recording::Complete(Ending ending) {
     try {
         Close(EntryOutcome::Done, ending);
     } catch (const Failure& failure) {
+        if (m_host.HostHistory().IsOfStore(failure)) return m_host.HostHistory().TellUnusable(failure);
         m_host.Out().Warning(
-            m_host.HostHistory().IsOfStore(failure)
-                ? failure.what()
-                : Words("%s: the next command ends the change: %s", m_host.State().Store(), failure.what()));
+            Words("%s: the next command ends the change: %s", m_host.State().Store(), failure.what()));
     }
 }
 
