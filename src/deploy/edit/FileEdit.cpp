@@ -22,7 +22,7 @@ FileEdit::FileEdit(Deployment& product, const std::string& file, FileInPlace::Ac
       m_path(FileToEdit(product, file)),
       m_writing(product, {m_path}),
       m_place(product.HostPaths().Find(file), m_path, access),
-      m_version(VersionIn(m_place.Directory(), m_place.NameInDirectory(), m_path)) {}
+      m_version(m_place.Version()) {}
 
 FileOutcome FileEdit::LeaveUnchanged(const std::string& remark) const {
     FileOutcome outcome;
@@ -119,8 +119,7 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
     file.place = &m_place;
     file.kind = m_kind;
     file.companions = noBackup ? Companions::Stay : Companions::MayCome;
-    file.before = CaptureIn(m_place.Directory(), m_place.NameInDirectory(), m_path,
-                            m_product.HostHistory().Limits().largestText);
+    file.before = CaptureIn(m_place, "", m_product.HostHistory().Limits().largestText);
     LeaveOthersWork(file);
     return file;
 }

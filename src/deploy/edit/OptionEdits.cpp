@@ -145,8 +145,7 @@ FileOutcome EditMainFile(Deployment& product, const OptionEdit& option) {
 /// True if the store, or a library that it needs, failed. Only a library is named without a directory.
 bool IsOfHistory(Deployment& product, const Failure& failure) {
     const std::string& file = failure.Facts().file;
-    return file.starts_with(product.State().Store()) ||
-           (!file.empty() && file.find('/') == std::string::npos);
+    return product.HostHistory().IsOfStore(failure) || (!file.empty() && file.find('/') == std::string::npos);
 }
 
 /// An unusable history keeps all other edits from being made, and this one is the way out.

@@ -52,6 +52,14 @@ FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access
     m_holder = m_found.judge.Holder();
 }
 
+FileState FileInPlace::State(const std::string& suffix) const {
+    return StateIn(Directory(), NameInDirectory() + suffix, m_path + suffix);
+}
+
+FileVersion FileInPlace::Version() const {
+    return VersionIn(Directory(), NameInDirectory(), m_path);
+}
+
 FileInPlace::Start::Start()
     : m_directory(OpenPresentDirectory()), m_outer(std::exchange(s_start, &m_directory)) {}
 

@@ -9,10 +9,12 @@
 #include <string>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/PathWalk.h"
 #include "deploy/host/Rights.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETHost.h"
+#include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {
 
@@ -41,6 +43,12 @@ class FileInPlace {
     /// The directory, and the file's name in it; both are valid as long as the object lives.
     int Directory() const { return m_found.directory->descriptor; }
     const std::string& NameInDirectory() const { return m_found.name; }
+
+    /// The present state of the file, or of what stands beside it under its name with the suffix. Like
+    /// `Version`, this looks in the directory that is held: its path may lead elsewhere by now. Both throw a
+    /// `Failure` if they cannot tell.
+    FileState State(const std::string& suffix = "") const;
+    FileVersion Version() const;
 
     /// Calls `call(name)` in the directory, where the file is called `name`. If the directory belongs to a
     /// user other than root, `call` has only that user's rights. Messages of the core and the module name the

@@ -9,6 +9,7 @@
 #include <cstddef>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Host.h"
@@ -103,6 +104,22 @@ void ReadText(int descriptor, const std::string& path, std::uint64_t longest, Ca
     captured.state.digest = digest.Bytes();
 }
 
+/// `path` is for messages.
+CapturedFile CaptureAt(int directory, const std::string& name, const std::string& path,
+                       std::uint64_t longest) {
+    CapturedFile captured;
+    const Descriptor file = Open(directory, name, path);
+    if (file < 0) return captured;
+    captured.state = StateOfOpened(file, path);
+    ReadText(file, path, longest, captured);
+    return captured;
+}
+
+RecordedState CaptureWithoutTextAt(int directory, const std::string& name, const std::string& path) {
+    const Descriptor file = Open(directory, name, path);
+    return file < 0 ? RecordedState() : StateOfOpened(file, path);
+}
+
 }  // namespace
 
 std::map<std::string, std::string> AttributesOf(int descriptor, const std::string& path) {
@@ -121,22 +138,16 @@ void CapturedFile::SetText(const std::string& other) {
     state.digest = DigestOf(other);
 }
 
-CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
-                       std::uint64_t longest) {
-    CapturedFile captured;
-    const Descriptor file = Open(directory, name, path);
-    if (file < 0) return captured;
-    captured.state = StateOfOpened(file, path);
-    ReadText(file, path, longest, captured);
-    return captured;
-}
-
 CapturedFile Capture(const std::string& path, std::uint64_t longest) {
-    return CaptureIn(AT_FDCWD, path, path, longest);
+    return CaptureAt(AT_FDCWD, path, path, longest);
 }
 
 CapturedFile Capture(Host& host, const std::string& path) {
     return Capture(path, host.HostHistory().Limits().largestText);
+}
+
+CapturedFile CaptureIn(const FileInPlace& place, const std::string& suffix, std::uint64_t longest) {
+    return CaptureAt(place.Directory(), place.NameInDirectory() + suffix, place.Path() + suffix, longest);
 }
 
 CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest) {
@@ -172,13 +183,12 @@ bool IsRecordedText(std::string_view text, const RecordedState& state) {
     return state.exists && text.size() == state.size && DigestOf(text) == state.digest;
 }
 
-RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path) {
-    const Descriptor file = Open(directory, name, path);
-    return file < 0 ? RecordedState() : StateOfOpened(file, path);
+RecordedState CaptureWithoutText(const std::string& path) {
+    return CaptureWithoutTextAt(AT_FDCWD, path, path);
 }
 
-RecordedState CaptureWithoutText(const std::string& path) {
-    return CaptureWithoutTextIn(AT_FDCWD, path, path);
+RecordedState CaptureWithoutTextIn(const FileInPlace& place, const std::string& suffix) {
+    return CaptureWithoutTextAt(place.Directory(), place.NameInDirectory() + suffix, place.Path() + suffix);
 }
 
 FileState StateOfRecorded(const RecordedState& recorded) {

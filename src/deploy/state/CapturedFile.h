@@ -11,6 +11,7 @@
 
 namespace ZET::Deploy {
 
+class FileInPlace;
 class Host;
 
 /// A file at one instant, as far as it can be put back: its text, and what else it carries.
@@ -27,14 +28,13 @@ struct CapturedFile {
 /// The ACL, the label and the user's own attributes of an open file.
 std::map<std::string, std::string> AttributesOf(int descriptor, const std::string& path);
 
-/// Captures the file of that name in an open directory; `path` is for messages. A text longer than `longest`
-/// is read, but not held. Throws a `Failure` if something other than a regular file is there.
-CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
-                       std::uint64_t longest);
-
-/// The same by its path. With a host, `longest` is the size up to which its history keeps texts.
+/// Captures the file. A text longer than `longest` is read, but not held; with a host, `longest` is the size
+/// up to which its history keeps texts. Throws a `Failure` if something other than a regular file is there.
 CapturedFile Capture(const std::string& path, std::uint64_t longest);
 CapturedFile Capture(Host& host, const std::string& path);
+
+/// The same for a file that is held or, with a suffix, for what stands beside it.
+CapturedFile CaptureIn(const FileInPlace& place, const std::string& suffix, std::uint64_t longest);
 
 /// A regular file with these rights and this text, held up to `longest` bytes; it has no attributes.
 CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest);
@@ -52,8 +52,8 @@ bool IsRecordedText(std::string_view text, const RecordedState& state);
 /// The same as `Capture`, but does not read the text: `exists`, mode, owner, size and attributes only.
 RecordedState CaptureWithoutText(const std::string& path);
 
-/// The same for a name in an open directory; `path` is for the message.
-RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path);
+/// The same for a file that is held or, with a suffix, for what stands beside it.
+RecordedState CaptureWithoutTextIn(const FileInPlace& place, const std::string& suffix);
 
 /// The recorded state in terms for the user: that of a regular file with one name, or of no file.
 FileState StateOfRecorded(const RecordedState& recorded);

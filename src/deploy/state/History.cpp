@@ -199,6 +199,10 @@ void History::TryLook(const std::function<void(Store& store)>& call) {
     }
 }
 
+bool History::IsOfStore(const Failure& failure) const {
+    return failure.Facts().file.starts_with(File());
+}
+
 void History::TellUnusable(const Failure& failure) {
     if (m_told != failure.what()) m_host.Out().Warning(failure.what());
     m_told = failure.what();

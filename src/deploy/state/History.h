@@ -64,6 +64,9 @@ class History {
     /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
     Store* ToLookForWriting() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
+    /// Whether it is the store that failed.
+    bool IsOfStore(const Failure& failure) const;
+
     /// Reports the failure as a warning, unless it is the one that was reported last.
     void TellUnusable(const Failure& failure);
 

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -19,16 +18,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Whether the file's reserve has the text.
-bool IsReserved(const std::string& path, const RecordedState& text) {
-    const std::string reserve = path + ZETReserveSuffix;
-    return StateOf(reserve).IsRegular() && HasRecordedText(reserve, text);
-}
-
 bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
-    const std::string path = file.path + suffix;
-    if (file.place == nullptr) return StateOf(path).exists;
-    return StateIn(file.place->Directory(), file.place->NameInDirectory() + suffix, path).exists;
+    return (file.place == nullptr ? StateOf(file.path + suffix) : file.place->State(suffix)).exists;
 }
 
 }  // namespace
@@ -65,8 +56,7 @@ void Recording::OrGoOnWithout(Call call) {
         call();
     } catch (const Failure& failure) {
         if (m_host.HostHistory().IsNeeded(m_purpose)) throw;
-        const bool isOfStore = failure.Facts().file.starts_with(m_host.State().Store());
-        if (isOfStore)
+        if (m_host.HostHistory().IsOfStore(failure))
             m_host.HostHistory().TellUnusable(failure);
         else
             m_host.Out().Warning(Words("what is changed is not recorded: %s", failure.what()));
@@ -88,17 +78,9 @@ Recording::~Recording() {
 }
 
 void Recording::Expect(ExpectedFile file) {
-    if (m_host.Wanted().dryRun) return TellLossToCome(file);
+    if (m_host.Wanted().dryRun && file.wasEdited) WarnOfLossToCome(m_host, file.path, file.after);
     if (!IsOn()) return;
     OrGoOnWithout([&] { ExpectWithCompanions(std::move(file)); });
-}
-
-void Recording::TellLossToCome(const ExpectedFile& file) const {
-    if (!file.wasEdited) return;
-    const RecordedState now = Capture(file.path, 0).state;
-    const bool isReplaced = now.exists && !(file.after && HaveSameText(now, file.after->state));
-    if (isReplaced && !IsReserved(file.path, now))
-        WarnOfLostText(m_host, m_host.HostPaths().NameOfReal(file.path), now.size);
 }
 
 void Recording::ExpectTogether(const std::function<void()>& call) {
@@ -247,9 +229,8 @@ void Recording::Begin() {
 }
 
 CapturedFile Recording::Now(const Row& row) const {
-    if (row.place == nullptr) return Capture(row.path, m_limits.largestText);
-    return CaptureIn(row.place->Directory(), row.place->NameInDirectory() + row.suffix, row.path,
-                     m_limits.largestText);
+    return row.place == nullptr ? Capture(row.path, m_limits.largestText)
+                                : CaptureIn(*row.place, row.suffix, m_limits.largestText);
 }
 
 /// A file that goes back also takes the place of a link, which has no text to record: nothing can restore it.
@@ -267,10 +248,8 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
     const RecordedState& planned = row.record.file.after;
     if (!row.record.isPlanned || !planned.exists) return Now(row);
     CapturedFile after;
-    after.state = row.place == nullptr
-                      ? CaptureWithoutText(row.path)
-                      : CaptureWithoutTextIn(row.place->Directory(),
-                                             row.place->NameInDirectory() + row.suffix, row.path);
+    after.state =
+        row.place == nullptr ? CaptureWithoutText(row.path) : CaptureWithoutTextIn(*row.place, row.suffix);
     after.state.size = planned.size;
     after.state.digest = planned.digest;
     return after.state.exists ? after : Now(row);
@@ -298,11 +277,9 @@ void Recording::Complete(Ending ending) {
     try {
         Close(EntryOutcome::Done, ending);
     } catch (const Failure& failure) {
-        const std::string store = m_host.State().Store();
-        const bool isOfStore = failure.Facts().file.starts_with(store);
-        m_host.Out().Warning(isOfStore
-                                 ? failure.what()
-                                 : Words("%s: the next command ends the change: %s", store, failure.what()));
+        if (m_host.HostHistory().IsOfStore(failure)) return m_host.HostHistory().TellUnusable(failure);
+        m_host.Out().Warning(
+            Words("%s: the next command ends the change: %s", m_host.State().Store(), failure.what()));
     }
 }
 
@@ -311,33 +288,8 @@ void Recording::Close(EntryOutcome outcome, Ending ending) {
     Settlement settlement = Settled(ending);
     settlement.keepsEntry = m_host.HostHistory().KeepsTexts();
     if (m_store->Close(number, outcome, settlement)) m_host.Out().Recorded(number);
-    TellUnkept(settlement.untouched);
-}
-
-bool Recording::IsUnkept(const RecordedState& state) const {
-    return state.exists && !m_limits.Keep(state.size);
-}
-
-/// Whether what somebody made of the file is not kept anywhere any more.
-bool Recording::IsLost(std::size_t row) const {
-    const RecordedFile& file = m_rows[row].record.file;
-    return file.wasEdited && file.before.exists && !m_limits.KeepEdit(file.before.size) &&
-           !IsReserved(m_rows[row].path, file.before);
-}
-
-void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
-    for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        const RecordedFile& file = m_rows[i].record.file;
-        if (file.kind == FileKind::Companion) continue;
-        const bool isLost = IsLost(i);
-        if (!isLost && !IsUnkept(file.before) && !IsUnkept(file.after)) continue;
-        if (std::find(untouched.begin(), untouched.end(), file.path) != untouched.end()) continue;
-        if (isLost)
-            WarnOfLostText(m_host, file.path, file.before.size);
-        else if (m_limits.keepsTexts)
-            m_host.Out().Remark(
-                Words("%s: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text", file.path));
-    }
+    for (const Row& row : m_rows)
+        TellUnkept(m_host, m_limits, row.record.file, row.path, settlement.untouched);
 }
 
 }  // namespace ZET::Deploy

@@ -96,7 +96,6 @@ class Recording {
     };
 
     void OpenStore();
-    void TellLossToCome(const ExpectedFile& file) const;
     void ExpectWithCompanions(ExpectedFile file);
     void ExpectCompanionsToGo(ExpectedFile& companion);
     void ExpectCompanionToCome(ExpectedFile& companion);
@@ -110,9 +109,6 @@ class Recording {
     CapturedFile AfterSuccess(const Row& row) const;
     Settlement Settled(Ending ending) const;
     void Close(EntryOutcome outcome, Ending ending);
-    bool IsUnkept(const RecordedState& state) const;
-    bool IsLost(std::size_t row) const;
-    void TellUnkept(const std::vector<std::string>& untouched) const;
 
     Host& m_host;
     const Purpose m_purpose;

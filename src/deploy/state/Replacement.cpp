@@ -28,18 +28,8 @@ namespace {
 
 constexpr char kLookAndRepeat[] = ZET_TEXT("look at it, and run the command again");
 
-/// Looks in the directory that is held, as its name may lead elsewhere by now.
-FileVersion PresentVersion(const FileInPlace& file) {
-    return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
-}
-
 FileVersion FoundVersion(const FileInPlace& file) {
     return file.Found() ? VersionFrom(*file.Found()) : FileVersion();
-}
-
-/// Looks there, too; an empty suffix stands for the file itself.
-bool HasCompanion(const FileInPlace& file, const char* suffix) {
-    return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
 }
 
 /// While it lives, the core does not report an owner that it cannot give.
@@ -64,7 +54,7 @@ void RequireSame(const std::string& path, const FileVersion& present, const File
 }
 
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
-    RequireSame(file.Path(), PresentVersion(file), version);
+    RequireSame(file.Path(), file.Version(), version);
 }
 
 Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version, Look look)
@@ -72,8 +62,7 @@ Replacement::Replacement(HostProduct& product, const FileInPlace& file, const Fi
       m_file(file),
       m_version(version),
       m_isVersionSeen(look == Look::WasFound),
-      m_former(look == Look::WasFound ? StateFrom(file.Found())
-                                      : StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
+      m_former(look == Look::WasFound ? StateFrom(file.Found()) : file.State()) {
     if (file.Holder() && m_former.owner != *file.Holder())
         throw Failure({.file = file.Path(),
                        .text = _("was replaced at the same time, and nothing was changed"),
@@ -85,7 +74,7 @@ Replacement::~Replacement() {
     if (m_isMade || m_newCompanions.empty()) return;
     try {
         // Something can fail after the rename, too; then the original is needed.
-        if (!m_mayBeMade || PresentVersion(m_file) == m_version) TakeBackCompanions();
+        if (!m_mayBeMade || m_file.Version() == m_version) TakeBackCompanions();
     } catch (const std::bad_alloc&) {
         // There is no memory to report it either; what ended the write is being reported.
     } catch (const std::exception& error) {
@@ -110,8 +99,8 @@ void Replacement::KeepOriginal() {
 
 void Replacement::MakeReserve() {
     if (!std::exchange(m_isVersionSeen, false)) RequireVersion(m_file, m_version);
-    m_hadReserve = HasCompanion(m_file, ZETReserveSuffix);
-    const bool hadAbsence = HasCompanion(m_file, ZETAbsenceSuffix);
+    m_hadReserve = m_file.State(ZETReserveSuffix).exists;
+    const bool hadAbsence = m_file.State(ZETAbsenceSuffix).exists;
     if (!m_hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
     m_makesReserve = !m_hadReserve && !hadAbsence && m_former.exists;
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
@@ -121,7 +110,7 @@ void Replacement::MakeReserve() {
 }
 
 void Replacement::ConfirmReserve() {
-    if (m_hadReserve || !m_file.Holder() || !HasCompanion(m_file, ZETReserveSuffix)) return;
+    if (m_hadReserve || !m_file.Holder() || !m_file.State(ZETReserveSuffix).exists) return;
     RequireVersion(m_file, m_version);
     CompleteReserve();
 }
@@ -262,8 +251,8 @@ void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVe
 }
 
 void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
-    const bool isToGo = !HasCompanion(file, ZETReserveSuffix) && HasCompanion(file, ZETAbsenceSuffix) &&
-                        HasCompanion(file, "");
+    const bool isToGo =
+        !file.State(ZETReserveSuffix).exists && file.State(ZETAbsenceSuffix).exists && file.State().exists;
     RequireReplaceable(file.Path());
     if (!isToGo) return RestoreOriginal(product, file, version);
     RequireVersion(file, version);

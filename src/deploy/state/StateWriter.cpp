@@ -77,13 +77,8 @@ void StateWriter::KeepOriginal() {
 
 /// Makes what the module has not made as it was.
 void StateWriter::MakeUp(const char* suffix, const CapturedFile& wanted) {
-    if (Present(suffix).IsAs(wanted.state)) return;
+    if (CaptureIn(m_place, suffix, UINT64_MAX).IsAs(wanted.state)) return;
     RecordedText(m_product, m_place, suffix).Put(wanted, [&] { RequireUnchanged(); });
-}
-
-CapturedFile StateWriter::Present(const char* suffix) const {
-    return CaptureIn(m_place.Directory(), m_place.NameInDirectory() + suffix, m_place.Path() + suffix,
-                     UINT64_MAX);
 }
 
 void StateWriter::WriteFile(const FileWithCompanions& now, const FileWithCompanions& wanted) {

@@ -46,7 +46,6 @@ class StateWriter {
     void MakeUp(const char* suffix, const CapturedFile& wanted);
     void WriteFile(const FileWithCompanions& now, const FileWithCompanions& wanted);
     void RemoveCompanions(const FileWithCompanions& now, const FileWithCompanions& wanted);
-    CapturedFile Present(const char* suffix) const;
     void RequireUnchanged() const;
 
     HostProduct& m_product;

@@ -16,6 +16,7 @@
 #include "deploy/state/StateFile.h"
 #include "deploy/targets/CommitRecord.h"
 #include "deploy/targets/OthersWork.h"
+#include "deploy/targets/TakeBackWork.h"
 #include "deploy/targets/TargetWriting.h"
 #include "zet/ZETErrors.h"
 
@@ -79,7 +80,7 @@ class Execution {
 
     void PutBack(const TakeBackStep& step) {
         m_product.RequireGoOn();
-        if (step.action != TakeBackStep::Action::Nothing) m_plan.Ways().Do(step);
+        DoStep(m_product, step);
         m_product.Out().Done(step.outcome);
     }
 

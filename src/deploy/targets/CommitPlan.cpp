@@ -38,7 +38,7 @@ FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
     return planned.change = FileOutcome::Result::Unchanged;
 }
 
-bool IsReserved(const std::string& path) {
+bool HasTextOfReserve(const std::string& path) {
     const std::string reserve = path + ZETReserveSuffix;
     return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
 }
@@ -259,7 +259,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there)
                                             : planned.hasCompanion && !m_product.HostHistory().IsDenied();
     if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
-    if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
+    if (planned.HoldsUnkeptText() && HasTextOfReserve(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&
                              IsOriginalLost(m_product, path);
     if (isRecorded && planned.IsChange())

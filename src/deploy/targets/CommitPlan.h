@@ -45,7 +45,6 @@ class CommitPlan {
     /// What the role has committed and is not in force any more, and how it goes back. Empty if templates
     /// were named.
     const std::vector<TakeBackStep>& TakenBack() const { return m_takenBack; }
-    const TakeBack& Ways() const { return *m_takeBack; }
 
     /// What becomes of the files in which the lists ask for lines. Null if templates were named, or there are
     /// problems.

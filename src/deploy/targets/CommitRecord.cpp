@@ -8,7 +8,7 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/LinesPlan.h"
-#include "deploy/targets/TakeBack.h"
+#include "deploy/targets/TakeBackWork.h"
 #include "deploy/targets/TemplateHistory.h"
 
 namespace ZET::Deploy {
@@ -50,7 +50,8 @@ void CommitRecord::Expect() {
             if (planned.IsChange()) m_recording.Expect(m_plan.Lines()->Expected(planned));
     }
     for (const TakeBackStep& step : m_plan.TakenBack())
-        if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
+        if (step.action != TakeBackStep::Action::Nothing)
+            m_recording.Expect(ExpectedOf(m_product, m_plan.Known(), step));
     // If the entry is taken back, what is known of these is taken back, too.
     ForEachUnchanged([&](const ExpectedFile& file) { m_recording.Expect(file); });
     for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))

@@ -20,6 +20,7 @@
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/TakeBack.h"
+#include "deploy/targets/TakeBackWork.h"
 #include "deploy/targets/WrittenFiles.h"
 
 namespace ZET::Deploy {
@@ -151,7 +152,7 @@ class Rollback {
 
     void Do(Step& step) {
         if (m_isDryRun || !step.IsChange()) return;
-        Try(step, [&](const Step& tried) { m_takeBack.Do(tried); });
+        Try(step, [&](const Step& tried) { DoStep(m_product, tried); });
     }
 
     /// Whether no targets and no lines of the role are left after all steps.
@@ -183,7 +184,7 @@ class Rollback {
     /// Expects what is going to be changed.
     void Expect(const std::vector<Step>& steps, bool isLast) {
         for (const Step& step : steps) {
-            if (step.action != Action::Nothing) m_recording.Expect(m_takeBack.Expected(step));
+            if (step.action != Action::Nothing) m_recording.Expect(ExpectedOf(m_product, m_known, step));
         }
         if (!isLast || m_recording.IsEmpty()) return;
         for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))

@@ -9,7 +9,6 @@
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
-#include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
@@ -26,10 +25,6 @@ namespace {
 
 using Result = FileOutcome::Result;
 using Action = TakeBackStep::Action;
-
-bool IsText(Action action) {
-    return action == Action::TakeOutBlocks || action == Action::NameOtherRole;
-}
 
 /// A link that leads nowhere is no directory yet.
 bool IsThere(const Paths& paths, const std::string& directory) {
@@ -67,6 +62,7 @@ void TakeBackStep::Tell(Result result, const std::string& remark) {
 
 void TakeBack::Decide(TakeBackStep& step) {
     if (step.file.trouble) throw Failure(*step.file.trouble);
+    step.isForced = m_ways.isForced;
     if (!m_ways.isForced && IsOutOfReach(step.file)) {
         Keep(
             step,
@@ -243,64 +239,6 @@ ShownDiff TakeBack::DiffOf(const WrittenFile& file, const FileState& now, const 
     if (!isShown) return {};
     return DiffToShow(m_product, now.exists ? file.path : "", reserve.exists ? file.Reserve() : "",
                       file.path);
-}
-
-void TakeBack::ReplaceText(const TakeBackStep& step) const {
-    const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
-    Replacement replacement(m_product, place, step.version);
-    replacement.MakeOfText(step.text, replacement.Former().mode);
-}
-
-void TakeBack::Do(const TakeBackStep& step) const {
-    if (IsText(step.action)) return ReplaceText(step);
-    if (step.action != Action::PutBack && step.action != Action::DropReserve) return;
-    const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
-    if (step.action == Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
-    // What cannot be replaced, like a mount point, can still be as it was.
-    place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
-}
-
-bool TakeBack::IsEdited(const std::string& path) const {
-    return m_known.Find(path) != nullptr && StateOf(path).IsRegular() && !m_known.IsAsLeft(path);
-}
-
-ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
-    ExpectedFile file;
-    file.path = step.file.path;
-    file.kind = FileKind::Original;
-    if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
-    if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
-    const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
-    if (step.others) {
-        file.kind = FileKind::Edit;
-        file.base = step.others;
-    }
-    if (step.action == Action::OnlyRecord) {
-        // What somebody makes of the file meanwhile is not the product's work.
-        file.after = Capture(file.path, longest);
-        const KnownFile* const known = m_known.Find(file.path);
-        if (!step.others && !m_known.Has(file.path, m_otherRole)) return file;
-        if (!step.others) file.kind = FileKind::Target;
-        // Somebody may have edited the file since.
-        file.knownAs = known->state;
-        return file;
-    }
-    if (IsText(step.action)) {
-        file.after = Capture(file.path, longest);
-        file.after->SetText(step.text);
-        if (step.action == Action::NameOtherRole) {
-            file.kind = FileKind::Target;
-            file.knowledge->namedRole = m_otherRole;
-        } else if (step.isKept) {
-            file.kind = FileKind::Edit;
-            file.knowledge->ForgetBase();
-        }
-        return file;
-    }
-    file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
-    file.companions = ExpectedFile::Companions::MayGo;
-    file.wasEdited = m_ways.isForced && IsEdited(file.path);
-    return file;
 }
 
 /// Made when it is first needed: most rollbacks compare nothing, and work where there is no room left.

@@ -9,7 +9,6 @@
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
-#include "deploy/state/Recording.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/WrittenFile.h"
 #include "zet/deploy/FileOutcome.h"
@@ -25,8 +24,9 @@ struct TakeBackStep {
     Action action = Action::Nothing;
     FileVersion version{};  ///< taken before the file was looked at
     bool hasReserve = false;
-    bool isKept = false;  ///< it should have gone back, but stays
-    std::string text{};   ///< the new text: without the blocks, or naming the other role's command
+    bool isKept = false;    ///< it should have gone back, but stays
+    bool isForced = false;  ///< what others did to the file does not count
+    std::string text{};     ///< the new text: without the blocks, or naming the other role's command
     std::optional<std::string> others{};  ///< the lines that the other role has set, as they are remembered
 
     bool IsChange() const { return action != Action::Nothing && action != Action::OnlyRecord; }
@@ -62,11 +62,6 @@ class TakeBack {
     /// stay if the other role has the file.
     bool IsAsLeftToGo(const std::string& path) const;
 
-    /// What is recorded before the step is done.
-    ExpectedFile Expected(const TakeBackStep& step) const;
-
-    void Do(const TakeBackStep& step) const;
-
   private:
     void DecideTarget(TakeBackStep& step);
     void RequireWritable(const TakeBackStep& step) const;
@@ -89,9 +84,7 @@ class TakeBack {
 
     void LeaveToOtherRole(TakeBackStep& step);
     void PlanText(TakeBackStep& step, std::string text);
-    void ReplaceText(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
-    bool IsEdited(const std::string& path) const;
     const Staging& Room();
 
     Deployment& m_product;

@@ -6,7 +6,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/FileVersion.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
@@ -78,12 +77,10 @@ void FileToPutBack::Capture() {
     }
     m_place = std::make_unique<FileInPlace>(
         m_product.HostPaths().FindReal(m_path, m_product.TrustedAt(m_path)), m_path);
-    m_version = VersionIn(m_place->Directory(), m_place->NameInDirectory(), m_path);
+    m_version = m_place->Version();
     const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
-    const auto capture = [&](const char* suffix) {
-        return CaptureIn(m_place->Directory(), m_place->NameInDirectory() + suffix, m_path + suffix, longest);
-    };
-    m_now = {capture(""), capture(ZETReserveSuffix), capture(ZETAbsenceSuffix)};
+    m_now = {CaptureIn(*m_place, "", longest), CaptureIn(*m_place, ZETReserveSuffix, longest),
+             CaptureIn(*m_place, ZETAbsenceSuffix, longest)};
     if (Store* const store = m_product.HostHistory().ToLook()) m_known = store->Known(m_change.name);
 }
 

@@ -293,10 +293,11 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     for (RecordedChange& change : changes.All())
         change.isOfOneEntry = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
-    // The undo's own entry may have pushed an older one out of the history.
-    Store* const since = product.HostHistory().ToLookIfUsable();
-    const auto further = since != nullptr ? NewestBefore(*since, entry.number, false) : std::nullopt;
-    if (further) result.further = further->number;
+    // The undo's own entry may have pushed an older one out of the history. All is put back by now: a history
+    // that was damaged meanwhile is no failure.
+    product.HostHistory().TryLook([&](Store& since) {
+        if (const auto further = NewestBefore(since, entry.number, false)) result.further = further->number;
+    });
     return result;
 }
 

@@ -114,10 +114,6 @@ class HeldDirectory : public testing::Test {
 
     FileInPlace Place() { return FileInPlace(m_product->HostPaths().Find(At("home/conf")), At("home/conf")); }
 
-    static FileVersion VersionOfHeld(const FileInPlace& place) {
-        return VersionIn(place.Directory(), place.NameInDirectory(), place.Path());
-    }
-
     /// From now on the name leads to the decoy; what is held is "moved".
     void Swap() {
         fs::rename(At("home"), At("moved"));
@@ -151,13 +147,13 @@ TEST_F(HeldDirectory, FormerFileIsTheOneThatIsHeld) {
     Write(At("decoy/conf"), "decoy\n", 0666, kOther);
     const FileInPlace place = Place();
     Swap();
-    const Replacement replacement(*m_product, place, VersionOfHeld(place));
+    const Replacement replacement(*m_product, place, place.Version());
     EXPECT_EQ(replacement.Former().owner, kHolder);
     EXPECT_EQ(replacement.Former().mode & kModeBits, 0600U);
 }
 
 TEST_F(HeldDirectory, FileThatWasWrittenBeforeItWasFoundIsRefused) {
-    const FileVersion version = VersionOfHeld(Place());
+    const FileVersion version = Place().Version();
     Write(At("home/conf"), "theirs\n");
     const FileInPlace place = Place();
     EXPECT_THAT(MessageOf([&] {
@@ -168,7 +164,7 @@ TEST_F(HeldDirectory, FileThatWasWrittenBeforeItWasFoundIsRefused) {
 
 TEST_F(HeldDirectory, WriteAfterTheFileWasFoundIsSeenBeforeTheRename) {
     const FileInPlace place = Place();
-    Replacement replacement(*m_product, place, VersionOfHeld(place), Replacement::Look::WasFound);
+    Replacement replacement(*m_product, place, place.Version(), Replacement::Look::WasFound);
     Write(At("home/conf"), "theirs\n");
     EXPECT_THAT(MessageOf([&] { replacement.MakeOf(0644, Save, [](int, const std::string&) {}); }),
                 HasSubstr("another program wrote it at the same time, and nothing was changed"));
@@ -196,7 +192,7 @@ TEST_F(HeldDirectory, VisitsComeBackToTheStart) {
 TEST_F(HeldDirectory, FileOfAnotherOwnerThatTookItsPlaceIsRefused) {
     const FileInPlace place = Place();
     Write(At("home/conf"), "other\n", 0644, kOther);
-    EXPECT_EQ(MessageOf([&] { const Replacement replacement(*m_product, place, VersionOfHeld(place)); }),
+    EXPECT_EQ(MessageOf([&] { const Replacement replacement(*m_product, place, place.Version()); }),
               At("home/conf") +
                   ": was replaced at the same time, and nothing was changed (look at it, and run the command "
                   "again)");
@@ -205,7 +201,7 @@ TEST_F(HeldDirectory, FileOfAnotherOwnerThatTookItsPlaceIsRefused) {
 TEST_F(HeldDirectory, VersionIsThatOfTheHeldFile) {
     Write(At("decoy/conf"), "decoy\n");
     const FileInPlace place = Place();
-    const FileVersion version = VersionOfHeld(place);
+    const FileVersion version = place.Version();
     Swap();
     Replacement replacement(*m_product, place, version);
     replacement.Make(0644, Save, [](const std::string&) {});
@@ -215,10 +211,10 @@ TEST_F(HeldDirectory, VersionIsThatOfTheHeldFile) {
 
 TEST_F(HeldDirectory, WriteIntoTheHeldFileIsSeenThoughItsNameLeadsElsewhere) {
     const FileInPlace place = Place();
-    const FileVersion version = VersionOfHeld(place);
+    const FileVersion version = place.Version();
     // The decoy's is the file as it was: the same one under two names, until the held one is another.
     fs::create_hard_link(At("home/conf"), At("decoy/conf"));
-    const FileVersion linked = VersionOfHeld(place);
+    const FileVersion linked = place.Version();
     EXPECT_FALSE(linked == version);
     fs::remove(At("home/conf"));
     Write(At("home/conf"), "theirs\n");
@@ -235,7 +231,7 @@ TEST_F(HeldDirectory, ReserveIsThatOfTheHeldFile) {
     Write(At("decoy/conf"), "decoy\n");
     Write(At(std::string("decoy/conf") + ZETReserveSuffix), "decoy\n", 0600);
     const FileInPlace place = Place();
-    const FileVersion version = VersionOfHeld(place);
+    const FileVersion version = place.Version();
     Swap();
     Replacement replacement(*m_product, place, version);
     replacement.KeepOriginal();
@@ -251,7 +247,7 @@ TEST_F(HeldDirectory, ReserveThatTheHeldFileHadIsNotTakenBack) {
     Write(At(std::string("home/conf") + ZETReserveSuffix), "original\n");
     Write(At("decoy/conf"), "decoy\n");
     const FileInPlace place = Place();
-    const FileVersion version = VersionOfHeld(place);
+    const FileVersion version = place.Version();
     Swap();
     {
         Replacement replacement(*m_product, place, version);
@@ -270,7 +266,7 @@ TEST_F(HeldDirectory, ReserveWithAnotherNameGetsNoRights) {
     GiveWhatOnlyRootCan();
     const FileInPlace place = Place();
     g_beforeRename = [&](const std::string& from) { fs::create_hard_link(from, At("home/his")); };
-    Replacement replacement(*m_product, place, VersionOfHeld(place));
+    Replacement replacement(*m_product, place, place.Version());
     const std::string message = MessageOf([&] { replacement.KeepOriginal(); });
     g_beforeRename = nullptr;
     EXPECT_THAT(message,
@@ -284,7 +280,7 @@ TEST_F(HeldDirectory, FileThatWasNotThereBeforeGoesThoughTheDecoyHasAReserve) {
     Write(At("decoy/conf"), "decoy\n");
     Write(At(std::string("decoy/conf") + ZETReserveSuffix), "decoy\n");
     const FileInPlace place = Place();
-    const FileVersion version = VersionOfHeld(place);
+    const FileVersion version = place.Version();
     Swap();
     PutBackAsItWas(*m_product, place, version);
     EXPECT_TRUE(fs::is_empty(At("moved")));
