@@ -200,8 +200,7 @@ void History::TryLook(const std::function<void(Store& store)>& call) {
 }
 
 void History::TellUnusable(const Failure& failure) {
-    if (m_told != failure.what()) m_host.Out().Warning(failure.what());
-    m_told = failure.what();
+    m_host.Out().Warning(failure.what());
 }
 
 }  // namespace ZET::Deploy

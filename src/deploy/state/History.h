@@ -64,7 +64,7 @@ class History {
     /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
     Store* ToLookForWriting() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
-    /// Reports the failure as a warning, unless it is the one that was reported last.
+    /// Reports the failure as a warning.
     void TellUnusable(const Failure& failure);
 
     /// Whether there is a store that this user may not read, as it was when this was asked first.
@@ -93,7 +93,6 @@ class History {
     bool m_isLossTold = false;
     bool m_areReadersTold = false;
     bool m_isDenialTold = false;
-    std::string m_told;
 };
 
 }  // namespace ZET::Deploy
