@@ -20,11 +20,13 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
 @test "a committed target is not edited" {
     zet -q commit-config
     remember_host
-    local edit option
+    local edit option ways
     for edit in "${EDITS[@]}"; do
+        ways='--force --no-markers and "adopt" the file'
+        [[ $edit != file* ]] || ways=--force
         for option in -n -v; do
             run_zet $option $edit
-            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force and \"adopt\" the file)"
+            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use $ways)"
         done
     done
     assert_host_unchanged

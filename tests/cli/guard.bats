@@ -87,13 +87,24 @@ EDITS=("param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE" "fi
     ask_for_lines
     zet -q commit-config
     rm "$ONE.before_zet" "$PLAIN.before_zet"
-    assert_guarded "$ONE: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force and \"adopt\" the file)" \
-        "$ONE" "param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE"
+    assert_guarded "$ONE: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force --no-markers and \"adopt\" the file)" \
+        "$ONE" "param set FILE other 2" "line set FILE ^plain p=2"
+    assert_guarded "$ONE: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force)" \
+        "$ONE" "file strip FILE"
     assert_guarded "$PLAIN: its line a is set by the lists, and the next commit sets it again (edit $HOST/etc/targets.d/10.toml:1 and commit, or use --force)" \
         "$PLAIN" "param set FILE a 3"
     echo more >>"$ONE"
     run_zet adopt "$ONE"
     assert_status 0
+}
+
+@test "an edit that is made as the refusal names it can be adopted" {
+    zet -q commit-config
+    run_zet line set "$ONE" ^plain 'plain = 2'
+    [[ $stderr == *" or use --force --no-markers and \"adopt\" the file)"* ]]
+    zet -q line set --force --no-markers "$ONE" ^plain 'plain = 2'
+    run_zet adopt "$ONE"
+    assert_success "$HOST/etc/one.conf: changed, with the edit of $ONE"
 }
 
 @test "what no list has any more is taken back by the program of the role that committed it" {

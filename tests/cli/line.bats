@@ -139,6 +139,19 @@ $(block new)"
     zet -q line set --no-markers --force sudoers '^ADMINS' 'ADMINS = anna'
 }
 
+@test "set that parts lines by force says so" {
+    local parts='ends with "\" and goes on in the next line, from which the edit parts it (see that each of the two is right without the other)'
+    printf 'ADMINS = anna, \\\n    bert, \\\n    carl\n' >sudoers
+    run_zet line set -n --force sudoers bert '    dora'
+    assert_stderr "zet-client: warning: sudoers:1: $parts
+zet-client: warning: sudoers:2: $parts"
+    run_zet line set --no-markers --no-backup --force sudoers bert '    dora'
+    assert_status 0
+    assert_stderr "zet-client: warning: sudoers:2: $parts"
+    run_zet line set --no-markers --no-backup --force sudoers '^ADMINS' 'ADMINS = \'
+    assert_success "sudoers: changed"
+}
+
 @test "set adds no line beside one that a byte order mark keeps from matching" {
     printf '\xef\xbb\xbfa=1\nb=2\n' >bom
     remember_host

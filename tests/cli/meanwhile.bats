@@ -118,6 +118,19 @@ status_beside() {
     [[ $output == *"$HOST/out/one.conf: pending"* ]] || differ status "pending" "$output"
 }
 
+@test "a status that looks again because another command wrote warns once" {
+    mkdir etc/targets.d
+    echo a=1 >f
+    echo b=1 >g
+    printf '[[edits]]\nfile = "%s/f"\nparam = "a"\nvalue = "3"\n' "$HOST" >etc/targets.d/10.toml
+    zet commit-config >/dev/null
+    zet param set g b 2 >/dev/null
+    sed -i s/^a=3/a=4/ f
+    rm etc/targets.d/10.toml
+    run_beside "$HOST/g" /stat "status --diff" zet param set g b 3
+    assert_equal "$stderr" "zet-client: warning: $HOST/f: the edit \"a\" is not in force any more, but what it set was changed, and stays"
+}
+
 @test "a directory does not move that another run has begun to use meanwhile" {
     add_target one.conf $'x\n'
     cp zet.conf before

@@ -187,6 +187,19 @@ REALM=NEW
     assert_success "$HOST/zet.conf: changed"
 }
 
+@test "set warns once of what it finds with each value that it tries" {
+    mkdir -p etc/targets.d templates
+    printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    : >templates/targets.toml
+    printf '[templates."gone"]\nnotice = false\n' >etc/targets.d/10.toml
+    local value
+    for value in '' '${realm}' a--b; do
+        run_zet option set FOO "$value"
+        assert_status 0
+        assert_stderr "zet-client: warning: $HOST/etc/targets.d/10.toml:1: no list before this one has the template [gone], and it has no target (take its keys out, or add target = \"/PATH\")"
+    done
+}
+
 @test "set counts no problem that any other value would bring to light, too" {
     mkdir -p etc templates
     printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf

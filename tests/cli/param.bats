@@ -214,6 +214,23 @@ $(block b=2)
     zet -q param set conf z 2
 }
 
+@test "an edit that parts a line from the next one by force says so" {
+    local parts='ends with "\" and goes on in the next line, from which the edit parts it (see that each of the two is right without the other)'
+    printf 'x=1\nOPTS="-a \\\n -b"\n' >conf
+    local command
+    for command in "set -n conf OPTS 2" "unset -n conf OPTS" "set --no-markers conf OPTS 2"; do
+        run_zet param $command --force
+        assert_stderr "zet-client: warning: conf:2: $parts"
+    done
+    printf 'run x \\\n b=1 \\\n c\n' >other
+    run_zet param set --force -n other b 2
+    assert_stderr "zet-client: warning: other:1: $parts
+zet-client: warning: other:2: $parts"
+    run_zet param set --force --no-markers --no-backup other b '2 \'
+    assert_success "other: changed"
+    assert_file other $'run x \\\nb=2 \\\n c\n'
+}
+
 @test "set without a backup leaves no reserve" {
     run_zet param set --no-backup conf kdc new
     assert_success "conf: changed"

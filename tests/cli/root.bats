@@ -264,7 +264,7 @@ zet-client: nothing was changed"
 @test "what a commit made in the tree is known as that to the commands about one file" {
     run_in_tree -q commit-config
     run_in_tree param set /etc/one.conf realm x
-    assert_refusal 1 "$TREE/etc/one.conf: is made from [one.conf] and the next commit overwrites it (edit $TREE/etc/zet/one.conf and commit, or use --force and \"adopt\" the file)"
+    assert_refusal 1 "$TREE/etc/one.conf: is made from [one.conf] and the next commit overwrites it (edit $TREE/etc/zet/one.conf and commit, or use --force --no-markers and \"adopt\" the file)"
     echo more >>tree/etc/one.conf
     run_in_tree adopt /etc/one.conf
     assert_success "$TREE/etc/zet/one.conf: changed, with the edit of $TREE/etc/one.conf"

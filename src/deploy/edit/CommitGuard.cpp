@@ -41,15 +41,29 @@ std::vector<std::pair<std::string, bool>> LinesOf(const RememberedLine& edit,
     return lines;
 }
 
+/// The command that takes the file back, which is that of a role that has it.
+std::string Rollback(const Host& host, const std::string& path, const KnownFile& known,
+                     const std::string& command = "rollback-config ") {
+    const std::string words = command + Text::ShellWord(host.HostPaths().NameInside(path));
+    const std::set<Role>& roles = known.state.knowledge.roles;
+    if (roles.contains(host.Role())) return words;
+    return ProgramOf(OtherRole(host.Role())) + (" " + words);
+}
+
 }  // namespace
 
-CommitGuard::CommitGuard(Deployment& product, const std::string& path, const EditOptions& options)
+CommitGuard::CommitGuard(Deployment& product, const std::string& path, const EditOptions& options,
+                         Scope scope)
     : m_product(product), m_path(path) {
     if (options.force) return;
     const std::optional<KnownFile> known = CommittedFile();
     if (!known) return;
-    if (known->state.knowledge.IsCommitted()) RequireNoTarget(*known);
+    if (known->state.knowledge.IsCommitted()) RequireNoTarget(*known, scope);
     m_lines = LinesSetIn(*product.HostHistory().ToLook(), known->kind, known->state.knowledge);
+}
+
+void CommitGuard::RequireNoCommit(Deployment& product, const std::string& path, const EditOptions& options) {
+    CommitGuard(product, path, options, Scope::WholeFile).RequireNoLines();
 }
 
 /// Without a history that can be used, nobody can tell: who goes back needs none.
@@ -62,9 +76,10 @@ void CommitGuard::RequireNoMark(Deployment& product, const std::string& path, co
         return;
     }
     if (!known || !known->state.knowledge.IsCommitted()) return;
-    const CommitGuard guard(product, path);
-    guard.Refuse(_("was made by a commit, and there was no such file before"),
-                 Words("take it back with \"%s\", or use --force", guard.Rollback(*known)));
+    throw Failure(
+        {.file = path,
+         .text = _("was made by a commit, and there was no such file before"),
+         .remedy = Words("take it back with \"%s\", or use --force", Rollback(product, path, *known))});
 }
 
 /// Without a history that can be used, nobody can tell; the edit keeps its reserve.
@@ -78,7 +93,7 @@ std::optional<KnownFile> CommitGuard::CommittedFile() const {
     }
 }
 
-void CommitGuard::RequireNoTarget(const KnownFile& known) const {
+void CommitGuard::RequireNoTarget(const KnownFile& known, Scope scope) const {
     HostLists& lists = m_product.Lists();
     const Target* const target = lists.IsUsable() ? lists.TargetOf(m_path) : nullptr;
     if (target == nullptr) {
@@ -88,9 +103,9 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
                 ? Words(
                       "put it into the lists again, give up what was there before with \"%s\", or use "
                       "--force",
-                      Rollback(known, "rollback-config --force "))
+                      Rollback(m_product, m_path, known, "rollback-config --force "))
                 : Words("put it into the lists again, take it back with \"%s\", or use --force",
-                        Rollback(known));
+                        Rollback(m_product, m_path, known));
         Refuse(_("was made by a commit, and no list has it any more"), remedy);
     }
     const std::set<Role>& roles = known.state.knowledge.roles;
@@ -100,18 +115,13 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
         Refuse(Words("was made from [%s], which is not in force any more: the next commit takes it back",
                      target->templateName),
                _("commit first, or use --force"));
+    // Markers, and a notice that is gone, are not of the template, and "adopt" refuses them.
+    const bool canBeAdopted = scope == Scope::Lines && IsFileExist(m_path);
     Refuse(Words("is made from [%s] and the next commit overwrites it", target->templateName),
-           Words(IsFileExist(m_path) ? ZET_TEXT("edit %s and commit, or use --force and \"adopt\" the file")
-                                     : ZET_TEXT("edit %s and commit, or use --force"),
+           Words(canBeAdopted
+                     ? ZET_TEXT("edit %s and commit, or use --force --no-markers and \"adopt\" the file")
+                     : ZET_TEXT("edit %s and commit, or use --force"),
                  WorkingCopy(m_product, target->templateName)));
-}
-
-/// The command that takes the file back, which is that of a role that has it.
-std::string CommitGuard::Rollback(const KnownFile& known, const std::string& command) const {
-    const std::string words = command + Text::ShellWord(m_product.HostPaths().NameInside(m_path));
-    const std::set<Role>& roles = known.state.knowledge.roles;
-    if (roles.contains(m_product.Role())) return words;
-    return ProgramOf(OtherRole(m_product.Role())) + (" " + words);
 }
 
 void CommitGuard::RequireTellingLists() const {

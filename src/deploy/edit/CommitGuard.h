@@ -16,25 +16,28 @@ namespace ZET::Deploy {
 /// all the same. What wrote it is known by the history, whatever became of the lists.
 class CommitGuard {
   public:
-    /// A `Failure` with the remedy where a commit made the file from a template.
-    CommitGuard(Deployment& product, const std::string& path, const EditOptions& options);
+    /// For an edit of lines. A `Failure` with the remedy where a commit made the file from a template.
+    CommitGuard(Deployment& product, const std::string& path, const EditOptions& options)
+        : CommitGuard(product, path, options, Scope::Lines) {}
+
+    /// The same for an edit of the whole file, also where commits have set lines in it.
+    static void RequireNoCommit(Deployment& product, const std::string& path, const EditOptions& options);
 
     /// The same of a command that drops the mark of a file that was not there before: without it, no rollback
     /// removes what a commit made.
     static void RequireNoMark(Deployment& product, const std::string& path, const EditOptions& options);
 
-    /// The same where commits have set lines in it: of an edit that is about the whole file.
-    void RequireNoLines() const;
-
-    /// The same where an edit makes another one of such a line; null: there are none.
+    /// The same where an edit makes another one of a line that commits have set; null: there are none.
     FileEdit::Inspection OfLines() const;
 
   private:
-    CommitGuard(Deployment& product, const std::string& path) : m_product(product), m_path(path) {}
+    enum class Scope { Lines, WholeFile };
+
+    CommitGuard(Deployment& product, const std::string& path, const EditOptions& options, Scope scope);
 
     std::optional<KnownFile> CommittedFile() const;
-    void RequireNoTarget(const KnownFile& known) const;
-    std::string Rollback(const KnownFile& known, const std::string& command = "rollback-config ") const;
+    void RequireNoTarget(const KnownFile& known, Scope scope) const;
+    void RequireNoLines() const;
     void RequireKept(const std::string& made) const;
     void RequireTellingLists() const;
     [[noreturn]] void Refuse(const std::string& text, const std::string& remedy) const;

@@ -47,12 +47,16 @@ LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t 
     return found;
 }
 
-void RequireWholeLines(const std::string& path, const LinesToReplace& found, const NewLine& line,
-                       bool noMarkers) {
+void RequireWholeLine(const LinesToReplace& found, const NewLine& line, bool noMarkers) {
     const bool isPart = noMarkers && found.goesOn && !found.whole;
     if (!isPart) RequireWholeLine(line.text, "LINE");
-    if (found.continuation && !noMarkers) FailOfContinuation(path, *found.continuation - 1);
-    if (found.goesOn && !(isPart && Text::GoesOn(line.text))) FailOfContinuation(path, *found.goesOn);
+}
+
+std::set<std::size_t> PartedLines(const LinesToReplace& found, const NewLine& line, bool noMarkers) {
+    std::set<std::size_t> parted;
+    if (found.continuation && !noMarkers) parted.insert(*found.continuation - 1);
+    if (found.goesOn && !(noMarkers && Text::GoesOn(line.text))) parted.insert(*found.goesOn);
+    return parted;
 }
 
 void TellSections(Observer& observer, const std::string& path, const LinesToReplace& found) {

@@ -37,10 +37,12 @@ struct LinesToReplace {
 LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t linesBefore,
                             const NewLine& line);
 
-/// Requires that no line is parted from the next one, in which it goes on. Without markers, a line may take
-/// the place of another one in a longer line.
-void RequireWholeLines(const std::string& path, const LinesToReplace& found, const NewLine& line,
-                       bool noMarkers);
+/// Requires that the new line does not go on in the next one. Without markers, a line may take the place of
+/// another one in a longer line.
+void RequireWholeLine(const LinesToReplace& found, const NewLine& line, bool noMarkers);
+
+/// The numbers of the first lines that the edit parts from the next one, in which they go on.
+std::set<std::size_t> PartedLines(const LinesToReplace& found, const NewLine& line, bool noMarkers);
 
 /// Warns where an edit of a whole file is about several sections.
 void TellSections(Observer& observer, const std::string& path, const LinesToReplace& found);

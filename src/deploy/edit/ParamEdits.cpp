@@ -12,6 +12,7 @@
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/ParamRules.h"
 #include "posix/ByteBlock.h"
+#include "text/Continuation.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"
@@ -152,10 +153,9 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
     edit.RequireLiteral(ZETEditOpening);
     RequireSettable(edit.Found(), options.section.has_value());
-    if (!options.force) {
-        RequireWholeLinesToSet(edit.Found(), options.noMarkers);
-        RequireWholeLine(value, "VALUE");
-    }
+    if (!options.force) RequireWholeLine(value, "VALUE");
+    JudgeParting(product.Out(), edit.Path(),
+                 LinesPartedBySet(edit.Found(), options.noMarkers, Text::GoesOn(value)), options.force);
     TellLinesToSet(product.Out(), edit.Found(), _("\"line set\" with a PATTERN sets one"));
     const std::string line = LineToSet(product.Out(), edit.Path(), edit.Text(), value);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetParamValue(name, line); });
@@ -170,7 +170,7 @@ FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::
     RequireNoMarkBefore(edit.Found());
     RequireNoBlanks(edit.Found(), "line set", _("comments it out, with a LINE that begins with \"#\""));
     if (!options.section) RequireOneSectionToGet(edit.Found());
-    if (!options.force) RequireWholeLinesToUnset(edit.Found());
+    JudgeParting(product.Out(), edit.Path(), LinesPartedByUnset(edit.Found()), options.force);
     const std::string pattern = ZETLookupOpening + name + "=";
     const std::set<std::string> lines = SettingLines(product.Core(), edit.Part().lines, pattern);
     if (lines.empty()) return edit.LeaveUnchanged(Words("no line sets \"%s\"", name));

@@ -140,7 +140,7 @@ FileOutcome RecordAbsence(ReserveWork& work) {
 FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options) {
     RequireWholeFile(options);
     FileEdit edit(product, file);
-    CommitGuard(product, edit.Path(), options).RequireNoLines();
+    CommitGuard::RequireNoCommit(product, edit.Path(), options);
     const Text::TextToEdit text = LookAtRegions(product, {file, edit.Path()});
     if (!text.hasRegions) return edit.LeaveUnchanged(_("no managed block and no notice in it"));
     // The module puts a notice in again, which must not come before a line that has to stay the first.
@@ -199,7 +199,7 @@ FileOutcome ForgetReserve(Deployment& product, const std::string& file, const Ed
     RequireWholeFile(options);
     ReserveWork work(product, file);
     if (!work.hasReserve && !work.hasAbsence) return work.WithoutReserve(_("it has no reserve"));
-    CommitGuard(product, work.path, options).RequireNoLines();
+    CommitGuard::RequireNoCommit(product, work.path, options);
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
     work.Recorded(ExpectedFile::Companions::MayGo, std::nullopt, [&] {
         work.place.Within([&](const std::string& name) { product.Config().RemoveConfigFileReserve(name); });

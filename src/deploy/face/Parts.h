@@ -93,7 +93,7 @@ class Call {
   public:
     explicit Call(Product::Implementation& parts) : m_parts(parts) { ++m_parts.calls; }
     ~Call() {
-        if (--m_parts.calls == 0) m_parts.deployment.LetDirectoriesGo();
+        if (--m_parts.calls == 0) m_parts.deployment.EndCall();
     }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;

@@ -204,8 +204,7 @@ bool History::IsOfStore(const Failure& failure) const {
 }
 
 void History::TellUnusable(const Failure& failure) {
-    if (m_told != failure.what()) m_host.Out().Warning(failure.what());
-    m_told = failure.what();
+    m_host.Out().Warning(failure.what());
 }
 
 }  // namespace ZET::Deploy

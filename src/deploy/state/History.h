@@ -67,7 +67,7 @@ class History {
     /// Whether it is the store that failed.
     bool IsOfStore(const Failure& failure) const;
 
-    /// Reports the failure as a warning, unless it is the one that was reported last.
+    /// Reports the failure as a warning.
     void TellUnusable(const Failure& failure);
 
     /// Whether there is a store that this user may not read, as it was when this was asked first.
@@ -96,7 +96,6 @@ class History {
     bool m_isLossTold = false;
     bool m_areReadersTold = false;
     bool m_isDenialTold = false;
-    std::string m_told;
 };
 
 }  // namespace ZET::Deploy

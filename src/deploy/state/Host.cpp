@@ -55,7 +55,7 @@ bool Host::HasCommitted(Deploy::Role role) {
 }
 
 void Host::BeginAnew() {
-    LetDirectoriesGo();
+    EndCall();
     ReadParameters();
 }
 

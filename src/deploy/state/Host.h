@@ -6,6 +6,7 @@
 #include <string>
 
 #include "deploy/host/Paths.h"
+#include "deploy/host/WarnsOnce.h"
 #include "deploy/state/History.h"
 #include "deploy/state/HostValues.h"
 #include "deploy/state/Lock.h"
@@ -34,10 +35,12 @@ class Host {
 
     /// The program and its command, such as "zet-init commit-config".
     std::string Caller() const { return m_options.program + " " + m_options.command; }
+
+    /// Gets each warning of a call once.
     Observer& Out() { return m_observer; }
 
     /// Identifies this caller when it asks for the lock.
-    LockSeeker Seeker() const { return {.name = Caller(), .observer = m_observer, .own = m_ownLock}; }
+    LockSeeker Seeker() { return {.name = Caller(), .observer = m_observer, .own = m_ownLock}; }
 
     /// From now on the caller holds the lock, also between calls.
     void Keeps(const WriteLock& lock) { m_ownLock = lock.Life(); }
@@ -80,8 +83,12 @@ class Host {
     /// thing with the object. Throws as the constructor does.
     virtual void BeginAnew();
 
-    /// Closes the directories that were found; they are looked up by their names again.
-    void LetDirectoriesGo() { m_paths.LetGo(); }
+    /// Closes the directories that were found, which are looked up by their names again, and forgets which
+    /// warnings were reported.
+    void EndCall() {
+        m_paths.LetGo();
+        m_observer.Forget();
+    }
 
     /// Throws `Interrupted` if a signal came or the observer cancels. For use between two files.
     void RequireGoOn();
@@ -108,7 +115,7 @@ class Host {
 
     const std::string m_configFile;
     const Options m_options;
-    Observer& m_observer;
+    WarnsOnce m_observer;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_core;
     std::weak_ptr<const void> m_ownLock;

@@ -38,7 +38,8 @@ bool IsDigit(const std::string& value) {
     return value == "0" || value == "1";
 }
 
-/// The value without what is easily mistaken: capitals and the blanks around it.
+/// The value without what is easily mistaken: capitals and the blanks around it. Unlike the text of a line, a
+/// value may also end with line feeds: it may come from a file of values.
 std::string Plain(const std::string& value) {
     constexpr char kBlanks[] = " \t\v\f\r\n";
     const std::size_t begin = std::min(value.find_first_not_of(kBlanks), value.size());

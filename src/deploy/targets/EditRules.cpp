@@ -151,12 +151,19 @@ void FailOfByteOrderMark(const std::string& path, std::size_t line) {
                    .remedy = _("save the file without the mark")});
 }
 
-void FailOfContinuation(const std::string& path, std::size_t line) {
-    throw Failure(
-        {.file = path,
-         .line = static_cast<int>(line),
-         .text = _("ends with \"\\\" and goes on in the next line, from which the edit would part it"),
-         .remedy = _("edit the two by hand; --force parts them")});
+void JudgeParting(Observer& observer, const std::string& path, const std::set<std::size_t>& lines,
+                  bool isForced) {
+    for (const std::size_t line : lines) {
+        Problem problem = {
+            .file = path,
+            .line = static_cast<int>(line),
+            .text = _("ends with \"\\\" and goes on in the next line, from which the edit would part it"),
+            .remedy = _("edit the two by hand; --force parts them")};
+        if (!isForced) throw Failure(problem);
+        problem.text = _("ends with \"\\\" and goes on in the next line, from which the edit parts it");
+        problem.remedy = _("see that each of the two is right without the other");
+        observer.Warning(problem.Describe());
+    }
 }
 
 bool IsLiteralName(const std::string& name) {

@@ -3,11 +3,13 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
 #include "deploy/host/Words.h"
 #include "zet/IZETCore.h"
+#include "zet/deploy/Observer.h"
 
 /// What the commands require of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
 /// sees them. Each `Require...` throws a `UsageError`.
@@ -53,8 +55,10 @@ void RequireSectionName(const std::optional<std::string>& section);
 /// find the one behind the mark.
 [[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
 
-/// The line number `line` goes on in the next one, and an edit of one of the two would part them.
-[[noreturn]] void FailOfContinuation(const std::string& path, std::size_t line);
+/// The edit parts each of these lines from the next one, in which it goes on. Throws a `Failure` of the
+/// first; if the edit is forced, only warns of all.
+void JudgeParting(Observer& observer, const std::string& path, const std::set<std::size_t>& lines,
+                  bool isForced);
 
 /// The text as a regular expression that selects nothing else.
 std::string Escaped(std::string_view text);

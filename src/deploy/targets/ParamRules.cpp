@@ -60,13 +60,16 @@ void RequireOneSection(const FoundParam& found, const Selection& isSelected) {
          .remedy = isBefore ? _("--section or --no-section says which") : _("--section says which")});
 }
 
-/// `isPart`: a line may take the place of another one in a longer line.
-void RequireWholeLines(const FoundParam& found, const Selection& isSelected, bool isPart) {
+/// `isPart`: a line may take the place of another one in a longer line; `goesOn`: and go on like that.
+std::set<std::size_t> PartedLines(const FoundParam& found, const Selection& isSelected, bool isPart,
+                                  bool goesOn) {
+    std::set<std::size_t> parted;
     for (const Text::ParamLine& line : Selected(found, isSelected)) {
         if (line.isInBlock) continue;
-        if (line.isContinuation && !isPart) FailOfContinuation(found.path, line.number - 1);
-        if (line.goesOn) FailOfContinuation(found.path, line.number);
+        if (line.isContinuation && !isPart) parted.insert(line.number - 1);
+        if (line.goesOn && !(isPart && goesOn)) parted.insert(line.number);
     }
+    return parted;
 }
 
 /// If the edit would add a line, requires that there are not several sections in which it could end up.
@@ -121,12 +124,12 @@ void RequireSettable(const FoundParam& found, bool isInSection) {
     RequirePlaceForNewLine(found);
 }
 
-void RequireWholeLinesToSet(const FoundParam& found, bool isPart) {
-    RequireWholeLines(found, IsTaken, isPart);
+std::set<std::size_t> LinesPartedBySet(const FoundParam& found, bool noMarkers, bool goesOn) {
+    return PartedLines(found, IsTaken, noMarkers, goesOn);
 }
 
-void RequireWholeLinesToUnset(const FoundParam& found) {
-    RequireWholeLines(found, IsSet, false);
+std::set<std::size_t> LinesPartedByUnset(const FoundParam& found) {
+    return PartedLines(found, IsSet, false, false);
 }
 
 void TellLinesToSet(Observer& observer, const FoundParam& found, const std::string& oneLine) {

@@ -1,6 +1,8 @@
 #ifndef ZET_PARAM_RULES_H
 #define ZET_PARAM_RULES_H
 
+#include <cstddef>
+#include <set>
 #include <string>
 
 #include "text/ParamLook.h"
@@ -33,12 +35,13 @@ void RequireOneSectionToRestore(const FoundParam& found);
 /// or would get it, unless the edit is about one section.
 void RequireSettable(const FoundParam& found, bool isInSection);
 
-/// Requires that none of the lines that set it goes on in the next one: the rest would stay as a line of its
-/// own. The same goes for the line before it, unless the new line is a part of that one (`isPart`), too.
-void RequireWholeLinesToSet(const FoundParam& found, bool isPart);
+/// The numbers of the lines that an edit parts from the next one, in which they go on: a line that sets it,
+/// of which the rest stays as a line of its own, or the line before. Without markers, the new line may be a
+/// part of the one before, and go on itself (`goesOn`).
+std::set<std::size_t> LinesPartedBySet(const FoundParam& found, bool noMarkers, bool goesOn);
 
-/// The same of the lines that are commented out: those that are so already stay.
-void RequireWholeLinesToUnset(const FoundParam& found);
+/// The same where the lines are commented out: those that are so already stay.
+std::set<std::size_t> LinesPartedByUnset(const FoundParam& found);
 
 /// Reports which lines the edit is about, if it is not the one line that everybody expects. `oneLine` says
 /// how one of several is set.

@@ -50,13 +50,11 @@ bool TakeBack::MayBeOthers(const WrittenFile& file) const {
     return m_known.IsUnusable() && file.isOfBoth && m_product.HasCommitted(m_otherRole);
 }
 
-/// Without the history, nobody can tell whether the other role has committed the file.
+/// Without the history, nobody can tell whether the other role has committed the file. Only a rollback comes
+/// here, since a commit takes back what the history knows.
 void TakeBack::KeepOthers(TakeBackStep& step) const {
-    const std::string words =
-        Words("may have been committed by the role %s, too, and stays (%s puts it back)",
-              RoleInWords(m_otherRole), Force(step.file));
-    if (m_ways.isOfCommit) m_product.Out().Warning(step.file.path + ": " + words);
-    Keep(step, words);
+    Keep(step, Words("may have been committed by the role %s, too, and stays (%s puts it back)",
+                     RoleInWords(m_otherRole), Force(step.file)));
 }
 
 }  // namespace ZET::Deploy
