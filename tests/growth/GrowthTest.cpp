@@ -218,7 +218,9 @@ void ExpectNoLookAtOtherFiles(const ProductCall& call) {
         host.CommitTimes(commits);
         return EffortOn(host, call).steps;
     };
-    const auto stepsOfCommits = [&](std::size_t targets) { return stepsOf(targets, 3) - stepsOf(targets, 1); };
+    const auto stepsOfCommits = [&](std::size_t targets) {
+        return stepsOf(targets, 3) - stepsOf(targets, 1);
+    };
     EXPECT_LT(stepsOfCommits(60), stepsOfCommits(30) * 3 / 2);
 }
 
