@@ -260,6 +260,33 @@ made:15: from line 3 of the template a.conf with \${realm}"
     assert_success "made:13: in the place of line 2 of the template a.conf, but not made from it: the file was edited since, or the template changed; before: there was no such file"
 }
 
+@test "ValueThatMayNotBeReadIsToldWhereItsLinesCannotBeTraced" {
+    need_root
+    copy_programs
+    mkdir etc/values.d
+    printf 'one\ntwo\n' >etc/values.d/more
+    echo other >etc/values.d/unused
+    printf 'head\nlist = ${more};\nlast ${realm}\n' >templates/a.conf
+    printf '[templates."a.conf"]\ntarget = "%s"\nroles = "both"\n' "$HOST/made" >templates/targets.toml
+    zet -q commit-config
+    chmod 600 etc/values.d/more etc/values.d/unused
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" explain made:12
+    assert_status 0
+    [[ $stderr == *"zet-client: warning: $HOST/etc/values.d/more: cannot be read: Permission denied (run the command as a user who may); so lines that are reported as changed may come from a value that is not known"$'\n'* ]]
+    [[ $stderr != *unused* ]]
+    chmod 700 etc/values.d
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" explain made:12
+    assert_status 0
+    [[ $stderr == *"zet-client: warning: $HOST/etc/values.d: "*"; so lines that are reported as changed may come from a value that is not known"$'\n'* ]]
+    # A value of one line needs not be known.
+    chmod 755 etc/values.d
+    echo one >etc/values.d/more
+    zet -q commit-config
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" explain made:12
+    assert_output "made:12: from line 2 of the template a.conf with \${more}; before: there was no such file"
+    [[ $stderr != *values.d* ]]
+}
+
 @test "FileWithoutANoticeIsMadeAsTheHistorySays" {
     sed -i '/^ZET_HISTORY/d' zet.conf
     printf '#!/bin/sh\necho ${realm}\n' >templates/script

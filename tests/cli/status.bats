@@ -161,6 +161,13 @@ file server: $3"
     run_zet status
     assert_stderr ""
     [[ $output == *"file server: none recorded"* ]]
+    # The next commit writes both, though nothing else changes.
+    : >state/zet-client.status
+    : >state/zet-client-fs.status
+    zet commit-config
+    run_zet status
+    assert_stderr ""
+    [[ $output == *"committed: 2"*"file server: nfs4"* ]]
 }
 
 @test "whoever comes between two steps of a write looks once more" {

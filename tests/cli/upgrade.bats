@@ -264,6 +264,52 @@ $HOST/etc/two.conf: unchanged"
     assert_equal "$(stat -c %a etc/two.conf)" 600
 }
 
+@test "a newer mode alone is told, and arrives" {
+    chmod 600 templates/one.conf
+    run_zet template status
+    assert_status 3
+    assert_output "$HOST/etc/one.conf: newer shipped
+$HOST/etc/two.conf: current"
+    run_zet status
+    [[ $output == *"newer shipped templates: one.conf"* ]]
+    run_zet template upgrade -n
+    assert_status 3
+    assert_output "$HOST/etc/one.conf: would be changed, mode 0644 -> 0600
+$HOST/etc/two.conf: unchanged"
+    run_zet template upgrade
+    assert_success "$HOST/etc/one.conf: changed, mode 0644 -> 0600
+$HOST/etc/two.conf: unchanged"
+    assert_equal "$(stat -c %a etc/one.conf)" 600
+    run_zet template status one.conf
+    assert_success "$HOST/etc/one.conf: current"
+    zet undo
+    assert_equal "$(stat -c %a etc/one.conf)" 644
+    echo mine >>etc/one.conf
+    run_zet template status one.conf
+    assert_status 3
+    assert_output "$HOST/etc/one.conf: edited, newer shipped"
+    run_zet template upgrade one.conf
+    assert_success "$HOST/etc/one.conf: changed, mode 0644 -> 0600, its edits are kept"
+    assert_equal "$(tail -n 1 etc/one.conf)" mine
+}
+
+@test "a mode that somebody gave a copy is no older one" {
+    chmod 600 etc/one.conf etc/two.conf
+    chmod 640 templates/two.conf
+    zet -q param set --no-markers etc/one.conf added 1 2>/dev/null
+    run_zet template status
+    assert_success "$HOST/etc/one.conf: edited
+$HOST/etc/two.conf: current"
+    ship one.conf $'newer\nrealm = ${realm}\nmiddle\nmore\nlast\n'
+    run_zet template upgrade
+    assert_success "$HOST/etc/one.conf: changed, its edits are kept
+$HOST/etc/two.conf: unchanged"
+    run_zet template status
+    assert_success "$HOST/etc/one.conf: edited
+$HOST/etc/two.conf: current"
+    assert_equal "$(stat -c %a etc/one.conf etc/two.conf | paste -sd ' ')" "600 600"
+}
+
 @test "a trial shows the merge and is 3" {
     edit_and_ship
     remember_host

@@ -60,6 +60,36 @@ teardown() {
     assert_output "conf: changed, owner 0:0 -> 65534:65534, the original is kept as conf.before_zet"
 }
 
+@test "a dry run tells that the edit would not be recorded" {
+    need_root
+    copy_programs
+    local unrecorded="what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written"
+    mv state "$BASE/kept"
+    local words
+    for words in "param set conf a new" "file reserve conf"; do
+        # shellcheck disable=SC2086  # each word is an argument
+        run_zet -n $words
+        assert_status 3
+        assert_stderr "zet-client: warning: $unrecorded (create it, or make it writable)"
+    done
+    run_zet -n param restore conf a
+    assert_success 'conf: unchanged, nothing to restore for "a"'
+    cp zet.conf "$BASE/zet.conf"
+    echo ZET_HISTORY=no >>zet.conf
+    run_zet -n param set conf a new
+    assert_status 3
+    assert_stderr ""
+    cp "$BASE/zet.conf" zet.conf
+    mv "$BASE/kept" state
+    chown 65534:65534 "$HOST" conf
+    nobody_told -v param set -n conf a new
+    assert_status 3
+    assert_stderr "zet-client: $unrecorded"
+    nobody_told param set -n conf a new
+    assert_status 3
+    assert_stderr ""
+}
+
 @test "an ordinary user renders a template without a right on the product's directory" {
     need_root
     copy_programs

@@ -211,17 +211,27 @@ TEST(GrowthTest, WordsOfACommandAreNotHeldAgainstEachOfItsFiles) {
     ExpectGrowthOfSize(prepare, [](Product& product, const HostOf&) { ListHistory(product, "", 1); });
 }
 
-TEST(GrowthTest, AgesOfLinesTakeNoLookAtOtherFilesOfTheEntries) {
-    const auto effortOf = [](std::size_t targets, std::size_t commits) {
+/// What the call takes for each commit must not depend on how many other targets that wrote.
+void ExpectNoLookAtOtherFiles(const ProductCall& call) {
+    const auto stepsOf = [&](std::size_t targets, std::size_t commits) {
         HostOf host(targets);
         host.CommitTimes(commits);
-        return EffortOn(host,
-                        [](Product& product, const HostOf& of) { Explain(product, of.Targets().front()); });
+        return EffortOn(host, call).steps;
     };
-    const auto ofCommits = [&](std::size_t targets) {
-        return effortOf(targets, 3).steps - effortOf(targets, 1).steps;
+    const auto stepsOfCommits = [&](std::size_t targets) {
+        return stepsOf(targets, 3) - stepsOf(targets, 1);
     };
-    EXPECT_LT(ofCommits(60), ofCommits(30) * 3 / 2);
+    EXPECT_LT(stepsOfCommits(60), stepsOfCommits(30) * 3 / 2);
+}
+
+TEST(GrowthTest, AgesOfLinesTakeNoLookAtOtherFilesOfTheEntries) {
+    ExpectNoLookAtOtherFiles(
+        [](Product& product, const HostOf& host) { Explain(product, host.Targets().front()); });
+}
+
+TEST(GrowthTest, ChangesOfOneFileTakeNoLookAtOtherFilesOfTheEntries) {
+    ExpectNoLookAtOtherFiles(
+        [](Product& product, const HostOf& host) { ListHistory(product, host.Targets().front()); });
 }
 
 TEST(GrowthTest, ErasureOfTextsThatAnotherFileHasLooksAtEachFileOnce) {

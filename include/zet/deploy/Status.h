@@ -66,8 +66,8 @@ struct ZET_API TargetStates {
     std::vector<LeftOver> leftOvers;
     std::vector<EditState> edits;  ///< single lines in files that are no targets
     std::vector<ListedEditState> listedEdits;
-    std::vector<std::string>
-        newerTemplates;  ///< those whose shipped text is not the one that the working copy was made from
+    std::vector<std::string> newerTemplates;  ///< those whose shipped text or mode is not the one that the
+                                              ///< working copy was made from
 
     /// Whether the history could be read. If not, `edits`, and whatever the lists no longer have, are missing
     /// here.

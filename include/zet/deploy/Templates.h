@@ -37,7 +37,7 @@ struct TemplateState {
     std::string state;      ///< "own": never shipped; "not shipped": no longer shipped; "current", "edited",
                             ///< "newer shipped", "edited, newer shipped", "not installed", "unknown": it
                             ///< differs, and its origin is unknown
-    bool hasNewer = false;  ///< the shipped text is not the one that it was made from
+    bool hasNewer = false;  ///< the shipped text or mode is not the one that it was made from
     std::string trouble;    ///< why it is unknown, if it could not be read; else empty
 };
 

@@ -79,6 +79,8 @@ void FileEdit::Judge(const std::string& made, bool noBackup, const Inspection& i
 }
 
 void FileEdit::Try(const Operation& operation, const Replacement::Judge& judge) {
+    // Says what the run could not record.
+    const Recording foretold(m_product, Recording::Use::OfFiles, m_writing.Records());
     const Staging staging;
     const std::string staged = staging.PathOf(BaseNameOf(m_path));
     CopyIntoStaging(m_path, staged);

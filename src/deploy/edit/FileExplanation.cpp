@@ -3,6 +3,7 @@
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Words.h"
 #include "text/Placeholders.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -30,6 +31,26 @@ static StringMap ValuesFor(Deployment& product, const std::string& templateText)
     return hasPlaceholders ? product.TemplateValues() : StringMap();
 }
 
+/// Whether the value of several lines that could not be read may stand in what the template makes.
+static bool MayUse(Deployment& product, const std::string& templateText, const Problem& unread) {
+    for (const auto& [placeholder, file] : product.Values().ValueFiles())
+        if (file == unread.file) return templateText.find(placeholder) != std::string::npos;
+    return true;
+}
+
+/// Where nobody knows how many lines a value has, none of them can be traced, nor what follows.
+static void WarnOfUnread(Deployment& product, const FileExplanation& explanation) {
+    const std::string& text = *explanation.templateText;
+    if (text.find(Text::kPlaceholderBegin) == std::string::npos) return;
+    const std::vector<Problem>& unread = product.Values().UnreadSources().texts;
+    if (unread.empty() || !explanation.HasUntracedLines()) return;
+    for (const Problem& problem : unread)
+        if (MayUse(product, text, problem))
+            product.Out().Warning(
+                Words("%s; so lines that are reported as changed may come from a value that is not known",
+                      problem.Describe()));
+}
+
 FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     FileExplanation result;
     result.path = FileToRead(product, file);
@@ -45,6 +66,7 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     result.templateText = std::make_unique<const std::string>(source.empty() ? "" : ReadFileBytes(source));
     result.lines = std::make_unique<const Text::TextExplanation>(
         text, result.origin.isMade, *result.templateText, ValuesFor(product, *result.templateText));
+    WarnOfUnread(product, result);
     result.ages = AgesOfLines(product, file, *result.text);
     if (result.isHidden) HideWords(result.ages);
     return result;

@@ -82,6 +82,16 @@ std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedE
     return texts ? Text::WordsWithoutTexts(entry.words, *texts, paths) : least;
 }
 
+/// What the entry did to the files of these names. Its other files, which may be thousands, are not read.
+std::vector<RecordedFile> ChangesIn(const HistoryReader& reader, std::int64_t number,
+                                    const std::vector<std::string>& names) {
+    std::vector<RecordedFile> changes;
+    for (const std::string& name : names)
+        if (std::optional<RecordedFile> change = reader.ChangeIn(number, name))
+            changes.push_back(std::move(*change));
+    return changes;
+}
+
 /// The user's name, or his number where he has none.
 std::string UserName(uid_t user) {
     const struct passwd* const known = getpwuid(user);
@@ -168,10 +178,9 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
     std::vector<HistoryEntry> entries;
     for (const RecordedEntry& entry : file.empty() ? reader.Entries(count) : reader.EntriesOf(name, count)) {
         entries.push_back(ToldEntry(reader, entry));
-        for (const RecordedFile& each : reader.FilesOf(entry.number)) {
-            if (file.empty() || std::find(wanted.begin(), wanted.end(), each.path) != wanted.end())
-                entries.back().files.push_back(ToldFileOf(reader, entry.number, each));
-        }
+        for (const RecordedFile& each :
+             file.empty() ? reader.FilesOf(entry.number) : ChangesIn(reader, entry.number, wanted))
+            entries.back().files.push_back(ToldFileOf(reader, entry.number, each));
     }
     return entries;
 }

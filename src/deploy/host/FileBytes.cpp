@@ -21,6 +21,7 @@
 #include "deploy/host/Words.h"
 #include "posix/ByteBlock.h"
 #include "posix/Descriptor.h"
+#include "posix/ModeBits.h"
 #include "posix/ReadWrite.h"
 
 namespace ZET::Deploy {
@@ -125,6 +126,13 @@ std::string ReadFileBytes(const std::string& path) {
 std::string ReadFileBytes(const std::string& path, Descriptor& opened) {
     opened.Reset(OpenToRead(path));
     return ReadAll(opened, path, StatusOfReadable(opened, path));
+}
+
+std::string ReadFileBytes(const std::string& path, mode_t& mode) {
+    const Descriptor opened(OpenToRead(path));
+    const struct stat status = StatusOfReadable(opened, path);
+    mode = status.st_mode & kModeBits;
+    return ReadAll(opened, path, status);
 }
 
 std::string ReadFileHead(const std::string& path, std::size_t size) {

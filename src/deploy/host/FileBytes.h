@@ -19,6 +19,9 @@ std::string ReadFileBytes(const std::string& path);
 /// The same, but leaves the file open in `opened`.
 std::string ReadFileBytes(const std::string& path, Descriptor& opened);
 
+/// The same, with the mode of the file, which takes no look of its own.
+std::string ReadFileBytes(const std::string& path, mode_t& mode);
+
 /// Returns the beginning of the same text, at most `size` bytes.
 std::string ReadFileHead(const std::string& path, std::size_t size);
 

@@ -26,28 +26,36 @@ bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
 
 Recording::Recording(Host& host, Use use, bool isLocked, Purpose purpose)
     : m_host(host), m_purpose(purpose), m_limits(host.HostHistory().Limits()) {
-    History& history = host.HostHistory();
-    if (host.Wanted().dryRun) return;
+    const History& history = host.HostHistory();
     if (use == Use::OfFiles && !history.KeepsTexts()) return;
-    if (isLocked && history.CanRecord()) {
-        OpenStore();
+    const bool isRecorded = isLocked && history.CanRecord();
+    if (host.Wanted().dryRun) {
+        if (use == Use::OfFiles && !isRecorded) TellWhyNot();
         return;
     }
-    if (geteuid() == 0 && history.CanRecord())
-        host.Out().Warning(
-            Words("what is changed is not recorded: %s cannot be locked (let it be a regular "
-                  "file that can be written)",
-                  host.State().Lock()));
-    else if (geteuid() == 0)
-        host.Out().Warning(
-            _("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written (create it, or "
-              "make it writable)"));
+    if (isRecorded)
+        OpenStore();
     else
-        host.Out().Detail(_("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written"));
+        TellWhyNot();
 }
 
 void Recording::OpenStore() {
     OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
+}
+
+void Recording::TellWhyNot() const {
+    Observer& out = m_host.Out();
+    if (geteuid() == 0 && m_host.HostHistory().CanRecord())
+        out.Warning(
+            Words("what is changed is not recorded: %s cannot be locked (let it be a regular "
+                  "file that can be written)",
+                  m_host.State().Lock()));
+    else if (geteuid() == 0)
+        out.Warning(
+            _("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written (create it, or "
+              "make it writable)"));
+    else
+        out.Detail(_("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written"));
 }
 
 template <typename Call>

@@ -44,7 +44,7 @@ class Recording {
     };
 
     /// Records only under the product's lock (`isLocked`). An unusable store is a warning if `purpose` does
-    /// not need it, else a `Failure`.
+    /// not need it, else a `Failure`. A dry run records nothing, and reports of files that the run could not.
     Recording(Host& host, Use use, bool isLocked, Purpose purpose = Purpose::Writes);
 
     /// If the entry was not completed, closes it with what was done.
@@ -96,6 +96,7 @@ class Recording {
     };
 
     void OpenStore();
+    void TellWhyNot() const;
     void ExpectWithCompanions(ExpectedFile file);
     void ExpectCompanionsToGo(ExpectedFile& companion);
     void ExpectCompanionToCome(ExpectedFile& companion);

@@ -70,7 +70,8 @@ CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
     if (!known) known = store->Known(host.HostPaths().NameOfReal(workingCopy));
     if (!known) return {};
     CopyMemory memory;
-    memory.mode = known->state.mode;
+    // Another command may have met a mode that somebody gave the copy.
+    if (known->kind == FileKind::Template) memory.mode = known->state.mode;
     if (known->state.knowledge.base) memory.base = store->Text(*known->state.knowledge.base);
     return memory;
 }
@@ -88,10 +89,9 @@ Problem ProblemOfDenied(Host& host, const std::string& file) {
             .remedy = _("run the command as root")};
 }
 
-void RememberBase(Host& host, const std::string& workingCopy, const std::string& base) {
+void RememberBase(Host& host, const std::string& workingCopy, const std::string& base, mode_t own) {
     CapturedFile copy = Capture(host, workingCopy);
-    const std::optional<mode_t> own = MemoryOf(host, workingCopy).mode;
-    if (own) copy.state = WithMode(std::move(copy.state), *own);
+    copy.state = WithMode(std::move(copy.state), own);
     Remember(host, workingCopy, std::move(copy), base);
 }
 

@@ -27,7 +27,7 @@ std::string RealFileOf(const Host& host, const std::string& workingCopy);
 /// What the history knows of a working copy.
 struct CopyMemory {
     std::optional<std::string> base;  ///< the shipped text that it was made from
-    std::optional<mode_t> mode;       ///< the mode that the product gave it
+    std::optional<mode_t> mode;       ///< the mode that the product gave it; none: nobody knows
 };
 
 CopyMemory MemoryOf(Host& host, const std::string& workingCopy);
@@ -39,8 +39,9 @@ RecordedState WithMode(RecordedState copy, mode_t own);
 /// Says that this user cannot be told what the file was made from: only the history knows.
 Problem ProblemOfDenied(Host& host, const std::string& file);
 
-/// Records that the working copy as it is was made from `base`. Needs the product's lock.
-void RememberBase(Host& host, const std::string& workingCopy, const std::string& base);
+/// Records that the working copy as it is was made from `base`, and that the product gave it the mode `own`.
+/// Needs the product's lock.
+void RememberBase(Host& host, const std::string& workingCopy, const std::string& base, mode_t own);
 
 /// Records that a working copy with the shipped text was made from that, however it came there, so that later
 /// edits by hand are recognised. Needs the product's lock.

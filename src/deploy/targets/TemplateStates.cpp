@@ -13,9 +13,9 @@ namespace {
 
 constexpr char kUnknown[] = "unknown";
 
-std::optional<std::string> TextOf(const std::string& path) {
+std::optional<std::string> TextOf(const std::string& path, mode_t& mode) {
     if (!IsFileExist(path)) return std::nullopt;
-    return ReadFileBytes(path);
+    return ReadFileBytes(path, mode);
 }
 
 TemplateState Tell(Host& host, const TemplateFiles& files) {
@@ -35,10 +35,15 @@ TemplateState Tell(Host& host, const TemplateFiles& files) {
 TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
     RequireInside(host, files);
     TemplateTexts texts;
-    texts.copy = TextOf(files.workingCopy);
-    texts.shipped = files.shipped == files.workingCopy ? texts.copy : TextOf(files.shipped);
+    mode_t mode = 0;
+    texts.copy = TextOf(files.workingCopy, mode);
+    mode_t shippedMode = mode;
+    texts.shipped = files.shipped == files.workingCopy ? texts.copy : TextOf(files.shipped, shippedMode);
     if (!texts.copy && !texts.shipped) throw MissingTemplate(files);
     texts.base = texts.IsCurrent() ? texts.shipped : MemoryOf(host, files.workingCopy).base;
+    // A mode that somebody gave the working copy is an edit.
+    const bool isOtherMode = texts.copy && texts.shipped && mode != shippedMode;
+    if (isOtherMode && MemoryOf(host, files.workingCopy).mode == mode) texts.newerMode = shippedMode;
     return texts;
 }
 

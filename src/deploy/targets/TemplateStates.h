@@ -1,6 +1,8 @@
 #ifndef ZET_TEMPLATE_STATES_H
 #define ZET_TEMPLATE_STATES_H
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,11 +17,13 @@ struct TemplateTexts {
     std::optional<std::string> copy;
     std::optional<std::string> shipped;
     std::optional<std::string> base;  ///< what the copy was made from; none: nobody knows
+    std::optional<mode_t> newerMode;  ///< what is shipped by now, if the copy has the mode that it was given
 
     bool IsCurrent() const { return copy && copy == shipped; }
     bool IsKnown() const { return IsCurrent() || base; }
     bool IsEdited() const { return copy && base && !IsCurrent() && copy != base; }
-    bool HasNewer() const { return copy && base && shipped && !IsCurrent() && shipped != base; }
+    bool HasNewerText() const { return copy && base && shipped && !IsCurrent() && shipped != base; }
+    bool HasNewer() const { return HasNewerText() || newerMode; }
 };
 
 /// Throws a `Failure` for a link that leads out of the root directory, and for what cannot be read.

@@ -72,30 +72,26 @@ void TemplateUpgrade::Plan(Copy& copy) {
         RequireOwnInstruction(m_product.HostPaths(), file);
     RequireReadableFile(copy.path);
     copy.version = VersionOf(copy.path);
-    copy.mode = ModeOf(copy.path);
-    copy.ownMode = MemoryOf(m_product, copy.files.workingCopy).mode;
     copy.texts = ReadTexts(m_product, copy.files);
     if (!copy.texts.copy)
         throw Failure({.file = copy.path, .text = _("was removed"), .remedy = _("run the command again")});
     copy.text = *copy.texts.copy;
     if (!copy.texts.shipped) return;
+    copy.ownMode = MemoryOf(m_product, copy.files.workingCopy).mode.value_or(ModeOf(copy.files.shipped));
+    copy.mode = copy.texts.newerMode.value_or(ModeOf(copy.path));
     if (!copy.texts.IsKnown() && m_product.HostHistory().IsDenied()) {
         m_problems.push_back(ProblemOfDenied(m_product, copy.path));
     } else if (!copy.texts.IsKnown()) {
         Object(copy.path, 0,
                Words("differs from %s, and nobody knows what it was made from", copy.files.shipped),
                WayToInstall(copy));
-    } else if (copy.texts.HasNewer()) {
-        copy.texts.IsEdited() ? MergeInto(copy) : Replace(copy);
+    } else if (copy.texts.HasNewerText() && copy.texts.IsEdited()) {
+        MergeInto(copy);
+    } else if (copy.texts.HasNewerText()) {
+        copy.text = *copy.texts.shipped;
     }
     copy.staged = m_staging.PathOf("upgraded/" + copy.files.name);
     WriteStagedFile(copy.staged, copy.text, copy.mode);
-}
-
-/// A mode that somebody changed is an edit, and stays.
-void TemplateUpgrade::Replace(Copy& copy) {
-    copy.text = *copy.texts.shipped;
-    if (copy.ownMode == copy.mode) copy.mode = ModeOf(copy.files.shipped);
 }
 
 void TemplateUpgrade::MergeInto(Copy& copy) {
@@ -180,8 +176,7 @@ ExpectedFile TemplateUpgrade::Expected(const Copy& copy) const {
     after.state.group = before.group;
     after.state.attributes = before.attributes;
     file.after = std::move(after);
-    if (copy.ownMode && copy.ownMode != before.mode)
-        file.knownAs = WithMode(file.after->state, *copy.ownMode);
+    if (copy.ownMode != before.mode) file.knownAs = WithMode(file.after->state, copy.ownMode);
     if (copy.texts.shipped->size() <= longest) file.base = copy.texts.shipped;
     return file;
 }
@@ -210,8 +205,8 @@ void TemplateUpgrade::Write(const Copy& copy) {
 void TemplateUpgrade::RememberRest() {
     for (const Copy& copy : m_copies) {
         if (copy.IsChange() || !copy.texts.shipped) continue;
-        if (copy.texts.HasNewer()) {
-            RememberBase(m_product, copy.path, *copy.texts.shipped);
+        if (copy.texts.HasNewerText()) {
+            RememberBase(m_product, copy.path, *copy.texts.shipped, copy.ownMode);
         } else if (copy.texts.IsCurrent()) {
             RememberShippedBase(m_product, copy.files);
         }

@@ -37,14 +37,13 @@ class TemplateUpgrade {
         TemplateTexts texts;
         std::string text;  ///< the new text
         mode_t mode = 0;
-        std::optional<mode_t> ownMode;  ///< the mode that the product gave it
+        mode_t ownMode = 0;  ///< the mode that the product gave it
         std::string staged;
 
-        bool IsChange() const { return text != texts.copy; }
+        bool IsChange() const { return text != texts.copy || texts.newerMode; }
     };
 
     void Plan(Copy& copy);
-    void Replace(Copy& copy);
     void MergeInto(Copy& copy);
     bool CanBeMerged(const Copy& copy);
     void Object(const std::string& file, std::size_t line, const std::string& text,
