@@ -34,9 +34,9 @@ rollback_while() {
     run_beside ././one.conf.before_zet /rename rollback-config "$@"
 }
 
-# No file of the run can grow any more, as on a full disk.
+# The files of the run can grow to the size of a status at most: the history cannot be written, as on a full disk.
 fill_disk() {
-    prlimit --pid "$(awk '{ print $1; exit }' "$BASE/trace")" --fsize=512
+    prlimit --pid "$(awk '{ print $1; exit }' "$BASE/trace")" --fsize=4096
 }
 
 # assert_undone WARNING [WORDS]: change 2 was taken back, with one warning, and the last line ends in the words.
