@@ -1,10 +1,11 @@
-# A history that is lost after the first file has gone back: the others go back, too, and the message says what is lost.
+# A history that is lost once the first file has gone back: the others go back, too, and a warning names the store.
 
 load helper
 load set
 
 setup() {
-    trap '' XFSZ # a file that may not grow is an error, and no end
+    # Without this, a run whose files cannot grow would be killed.
+    trap '' XFSZ
     make_set
     add_target one.conf $'realm = ${realm}\n'
     add_target two.conf $'domain = ${domain}\n'
@@ -23,8 +24,8 @@ teardown() {
     remove_host
 }
 
-# undo_while COMMAND..., rollback_while COMMAND...: a run that is stopped before its first file gets its name, while
-# the command runs.
+# undo_while COMMAND..., rollback_while COMMAND...: a run that is stopped once its first file has its name, while the
+# command runs.
 undo_while() {
     run_beside ././one.conf.tmp /rename undo "$@"
 }
@@ -33,12 +34,12 @@ rollback_while() {
     run_beside ././one.conf.before_zet /rename rollback-config "$@"
 }
 
-# No file of the run can grow any more, as on a full disk.
+# The files of the run can grow to the size of a status at most: the history cannot be written, as on a full disk.
 fill_disk() {
-    prlimit --pid "$(awk '{ print $1; exit }' "$BASE/trace")" --fsize=512
+    prlimit --pid "$(awk '{ print $1; exit }' "$BASE/trace")" --fsize=4096
 }
 
-# assert_undone WARNING [WORDS]: change 2 is taken back, with these words more, and only the warning tells of the history.
+# assert_undone WARNING [WORDS]: change 2 was taken back, with one warning, and the last line ends in the words.
 assert_undone() {
     assert_status 0
     # The status changes only if the two commits are not of the same second.
