@@ -70,6 +70,7 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
         Append(ofStatus, CheckHistory(product));
     }
     Append(problems, std::move(ofStatus));
+    TakeOutRepeats(problems);
     return problems;
 }
 
