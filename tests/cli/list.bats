@@ -140,6 +140,22 @@ $LIST:8:18: the name of the template [three.conf] is not quoted (write [template
     echo two >templates/two.conf
     zet commit-config
     assert_made one.conf $'fine\n'
+    # Not on one host, where each role would overwrite what the other wrote.
+    remember_host
+    PROGRAM=$ZET_BIN/zet-init run_zet check-config
+    assert_status 1
+    assert_output "$HOST/out/one.conf: is made from both [one.conf] and [two.conf] (give each file to one template)"
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"is made from both [one.conf] and [two.conf]"* ]]
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config two.conf
+    assert_status 1
+    assert_files_unchanged
+    run_zet check-config
+    assert_status 0
+    zet -q rollback-config
+    server -q commit-config
+    assert_file out/one.conf "$(notice two.conf zet-init)"$'\ntwo\n'
 }
 
 @test "each role names its own services" {

@@ -195,6 +195,21 @@ zet-client: error: home/conf: cannot be read any more (run the command again)
     assert_success 1
 }
 
+@test "a directory of two parameters that root does not use is told once" {
+    need_root
+    add_target one.conf $'x\n'
+    sed -i "s|^ZET_VAR_LIB_DIR=.*|ZET_VAR_LIB_DIR=$HOST/etc|" zet.conf
+    chown "$STRANGER" etc
+    local command
+    for command in commit-config rollback-config; do
+        run_zet $command
+        assert_refusal 1 "$HOST/etc: others may write it, so root does not use it (chown root and chmod go-w)"
+    done
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc: others may write it, so root does not use it (chown root and chmod go-w)"
+}
+
 @test "a target in a directory of a service's is written when the list trusts that user" {
     need_root
     add_target one.conf $'x\n'

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include <vector>
+#include <set>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
@@ -63,7 +63,13 @@ void RequireOwnInstructions(HostProduct& product) {
         add(CheckInstruction(product.HostPaths(), product.Param(key)));
     for (const std::string& file : product.Values().Files())
         if (IsInForce(product, file)) add(CheckInstruction(product.HostPaths(), file));
+    TakeOutRepeats(problems);
     if (!problems.empty()) throw Failure(WithOthersBelow(problems));
+}
+
+void TakeOutRepeats(std::vector<Problem>& problems) {
+    std::set<std::string> found;
+    std::erase_if(problems, [&](const Problem& problem) { return !found.insert(problem.Describe()).second; });
 }
 
 }  // namespace ZET::Deploy

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "deploy/state/HostProduct.h"
 #include "zet/ZETProblem.h"
@@ -29,6 +30,9 @@ std::optional<Problem> CheckModule(HostProduct& product);
 /// Throws a `Failure` if something is wrong with the module, the main file, the files with values, or the
 /// product's directories.
 void RequireOwnInstructions(HostProduct& product);
+
+/// Takes out each problem that is there already: several parameters may name one directory.
+void TakeOutRepeats(std::vector<Problem>& problems);
 
 }  // namespace ZET::Deploy
 

@@ -96,6 +96,17 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
     }
 }
 
+void ClaimedFiles::AddTargetsOfOtherRole(const std::vector<Target>& listed) {
+    for (const Target& target : listed) {
+        if (target.path.empty() || !target.IsInForce() || target.IsFor(m_host.Role())) continue;
+        try {
+            AddTarget(target);
+        } catch (const Failure&) {
+            // The other role's check reports it.
+        }
+    }
+}
+
 /// Only a file with a companion's suffix can stand beside a target, and finding out where a target is takes
 /// two system calls.
 void ClaimedFiles::AddListedBeside(const std::string& path, const std::vector<Target>& listed) {

@@ -30,7 +30,11 @@ class ClaimedFiles {
     /// Adds the templates of the product's role, and its targets except those of `notYet`.
     void AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet = {});
 
-    /// The same, but only as far as it matters for a file of this path.
+    /// Adds the targets that only the other role has. They matter where it has committed on this host: each
+    /// role would overwrite what the other wrote.
+    void AddTargetsOfOtherRole(const std::vector<Target>& listed);
+
+    /// As `AddListed`, but only as far as it matters for a file of this path.
     void AddListedBeside(const std::string& path, const std::vector<Target>& listed);
 
     /// Adds the target and its companions, like its reserve. Returns a problem if one of them, or a file of

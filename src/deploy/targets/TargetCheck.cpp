@@ -70,6 +70,7 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
         Append(ofStatus, CheckHistory(product));
     }
     Append(problems, std::move(ofStatus));
+    TakeOutRepeats(problems);
     return problems;
 }
 
@@ -107,6 +108,7 @@ class TargetChecker {
           m_result(CheckOwnFiles(product)),
           m_values(product.TemplateValues(), &seen.used) {
         m_claimed.AddListed(list.targets, checked);
+        if (product.HasCommitted(OtherRole(product.Role()))) m_claimed.AddTargetsOfOtherRole(list.targets);
         for (const Target& target : checked)
             m_targetsIn[DirectoryOf(target.path)]++;
     }
