@@ -219,8 +219,6 @@ void Store::Drop(std::int64_t number) {
         SyncCommits(Sync::Later);
         Database::Transaction transaction(*m_database);
         DeleteEntry(*m_database, number);
-        m_database->Run("UPDATE sqlite_sequence SET seq = ?1 - 1 WHERE name = 'entries' AND seq = ?1",
-                        {number});
         transaction.Commit();
         if (m_wasJournalLong && std::exchange(*m_wasJournalLong, false))
             TakeJournalOver(*m_database, m_file, m_isSynced);

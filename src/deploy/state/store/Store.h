@@ -74,8 +74,7 @@ class Store {
     /// none, or is not to be kept, is dropped; then it returns false.
     bool Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement = {});
 
-    /// Removes an entry that did nothing, and gives its number to the next one: a missing number counts as a
-    /// change that is not told. What is known of the files stays.
+    /// Removes an entry. What is known of its files stays.
     void Drop(std::int64_t number);
 
     /// Entries from the newest to the oldest, at most `count`, and of those only before the entry `before`.
