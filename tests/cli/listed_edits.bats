@@ -83,6 +83,16 @@ line = "b = 3"'
     assert_absent out/plain.before_zet
 }
 
+@test "several edits in one file are one rename of it" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    capture strace -f -qq -o "$BASE/trace" -e trace=/rename "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 0
+    grep -Fx 'a=shipped' out/plain
+    grep -Fx 'b = 3' out/plain
+    assert_equal "$(grep -c '"[^"]*/plain"[^"]*$' "$BASE/trace")" 1
+}
+
 @test "the state of an edit tells who has to do something" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"
