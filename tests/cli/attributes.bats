@@ -161,6 +161,18 @@ dress() {
     assert_equal "$(access real) $(stat -c %i out/one.conf)" "$before"
 }
 
+@test "the security label of a file is one of the attributes that an undo watches, and brings back" {
+    need_root
+    setfattr -n security.selinux -v former out/one.conf 2>/dev/null || skip "this system sets no labels"
+    zet -q param set --no-backup out/one.conf a 2
+    setfattr -n security.selinux -v latter out/one.conf
+    run_zet undo
+    assert_status 1
+    [[ $stderr == *"$HOST/out/one.conf: has other attributes: it is not as change 1 left it"* ]]
+    zet -q undo --force
+    assert_equal "$(getfattr -n security.selinux --only-values out/one.conf | tr -d '\0')" former
+}
+
 @test "integrity attributes and capabilities do not come over" {
     need_root
     setcap cap_net_raw+ep out/one.conf 2>/dev/null || skip "this file system keeps no capabilities"

@@ -101,6 +101,17 @@ login_of_this_process() {
     assert_json 'd["entries"][0]["user"]' "$WHO"
 }
 
+@test "the user who logged in is told beside the one whose rights he got" {
+    local as_logged_in=(bash -c 'echo 54321 >/proc/self/loginuid && exec "$@"' as_logged_in)
+    "${as_logged_in[@]}" true 2>/dev/null || skip "the login of a process cannot be set here"
+    capture "${as_logged_in[@]}" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" param set conf x 5
+    assert_status 0
+    run_zet history show 1
+    grep -Fx "user: $WHO, logged in as 54321" <<<"$output"
+    run_zet --json history
+    assert_json 'd["entries"][0]["login_user"]' 54321
+}
+
 @test "a count takes the newest, and quiet leaves out the files" {
     two_changes
     run_zet -q history

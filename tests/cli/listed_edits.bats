@@ -83,6 +83,16 @@ line = "b = 3"'
     assert_absent out/plain.before_zet
 }
 
+@test "several edits in one file are one rename of it" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    capture strace -f -qq -o "$BASE/trace" -e trace=/rename "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 0
+    grep -Fx 'a=shipped' out/plain
+    grep -Fx 'b = 3' out/plain
+    assert_equal "$(grep -c '"[^"]*/plain"[^"]*$' "$BASE/trace")" 1
+}
+
 @test "the state of an edit tells who has to do something" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"
@@ -114,6 +124,41 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     run_zet --json status
     assert_status 3
     assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
+}
+
+@test "an edit is not committed for a role that did not commit it, whoever else did" {
+    printf 'a=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "2"\nroles = "both"'
+    server -q commit-config one.conf
+    zet -q commit-config
+    local committed
+    committed=$(<out/plain)
+    zet status
+    # One role has committed a target alone, then everything, then nothing.
+    PROGRAM=$ZET_BIN/zet-init run_zet status --json
+    assert_status 3
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["not committed"]'
+    PROGRAM=$ZET_BIN/zet-init run_zet status --format=openmetrics
+    assert_status 3
+    [[ $output == *'zet_listed_edits{role="server",state="not committed"} 1'* ]]
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
+    assert_status 3
+    server -q commit-config
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
+    assert_status 0
+    server status
+    server -q rollback-config
+    PROGRAM=$ZET_BIN/zet-init run_zet status
+    assert_status 3
+    [[ $output == *"committed: never"*"$HOST/out/plain: line a: not committed"* ]]
+    # What somebody edits then is an edit for the role that has committed the line.
+    sed -i 's/^a=2/a=3/' out/plain
+    PROGRAM=$ZET_BIN/zet-init run_zet status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["not committed"]'
+    run_zet status --json
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["edited"]'
+    server -q commit-config
+    assert_equal "$(<out/plain)" "$committed"
 }
 
 @test "an edit whose line would go on in the next one brings a warning" {

@@ -101,6 +101,21 @@ set_param() {
     assert_file conf "$NOTICE"$'# --PRE-ZET-- a=1\n'"$(block a=2)"$'\nm1\nm2\nm3\nb=1\n'
 }
 
+@test "a merge that finds nothing of the entries, but a hand's line, says that it keeps the line" {
+    printf 'x\nrealm = ${realm}\ny\nz\n' >templates/one.conf
+    zet -q commit-config
+    zet -q option set REALM X
+    zet -q commit-config
+    zet -q undo
+    zet -q option unset REALM
+    echo hand >>out/one.conf
+    cp out/one.conf before
+    run_zet rollback-config --to 1 --merge
+    assert_status 0
+    [[ $output == *"$ONE: unchanged, keeps what was edited since"$'\n'* ]]
+    cmp out/one.conf before
+}
+
 @test "what a hand wrote before the first later entry refuses the way back" {
     set_param a 2
     cp conf left

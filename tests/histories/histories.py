@@ -15,6 +15,7 @@ to the byte, mode, owner and attribute, as it was before and after each entry of
     the last entry before them left, unless one behind that is no longer kept: it may have written the file, too.
     What somebody wrote between entries counts as what he wrote since. With
     --keep-edits, what somebody wrote stays as it is, and the rest goes back.
+  * An undo with --merge leaves the lines that hands wrote since.
   * A rollback without --force leaves every line that a hand added to a file edited in place.
   * What is known of the files is as it was before, where nothing came in between.
   * What an entry changed of the roles of a target is taken back with it, and no more.
@@ -275,6 +276,28 @@ class History:
             wanted = roles[path] - (after[path] - before[path]) | (before[path] - after[path])
             self.require(now.get(path, set()) == wanted, f"{path} is of {now.get(path)} and not of {wanted}")
 
+    def undo_merging(self):
+        """Where others wrote a file since, a merge may be refused; else it leaves their lines, and all other files are
+        as they are after any undo."""
+        if not self.kept():
+            return
+        number = self.chance.choice(self.kept())
+        wanted, left = self.of_undo(number)
+        seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
+        others = {without_suffix(name) for name in wanted if seen[name] not in (wanted[name], left[name])}
+        result = self.run("undo", str(number), "--merge")
+        self.require(result.status in ((0, 1) if others else (0,)), f"exit status {result.status}: {result.errors}")
+        now = self.world.look()
+        foretold = {**seen, **(wanted if result.status == 0 else {})}
+        for name in now:
+            if result.status == 0 and without_suffix(name) in others:
+                gone = hand_lines(seen[name]) - hand_lines(left.get(name, seen[name])) - hand_lines(now[name])
+                self.require(not gone, f"{name}: the merge took {gone}")
+                continue
+            self.require(now[name] == foretold[name], f"{name} is {now[name]!r}\n    and not {foretold[name]!r}")
+        self.learn(seen, known, entries, result)
+        self.require(not self.world.left_overs(), f"left behind: {self.world.left_overs()}")
+
     def undo_killed(self):
         """Each file is old or new then, and the same undo, run again, comes to its end."""
         if not self.kept() or not self.has_injector:
@@ -333,6 +356,7 @@ class History:
         self.change(*self.chance.choice((
             ("param", "set", *flags, file, "size", self.word()),
             ("param", "set", *flags, file, "name", self.word()),
+            ("param", "unset", *flags, file, "size"),
             ("param", "restore", *flags, file, "size"),
             ("line", "set", *flags, file, "^color=", "color=" + self.word()),
             ("line", "restore", "--all-blocks", *flags, file, "^color="),
@@ -344,6 +368,10 @@ class History:
 
     def install(self):
         self.change("template", "install", "--force", self.chance.choice(TEMPLATES))
+
+    def upgrade(self):
+        """A conflict with what a hand changed is a refusal, which changes nothing."""
+        self.change("template", "upgrade", *self.chance.choice(((), self.chance.sample(TEMPLATES, 1))))
 
     def process(self):
         file = "files/" + self.chance.choice(PLAIN)
@@ -379,8 +407,9 @@ class History:
 
     def step(self):
         ways = ((self.commit, 5), (self.set_option, 3), (self.edit, 6), (self.keep, 2), (self.install, 1),
-                (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4), (self.undo_killed, 3),
-                (self.undo_what_is_gone, 1), (self.go_back, 2))
+                (self.upgrade, 2), (self.process, 1), (self.roll_back, 2), (self.ship, 2), (self.hand, 4),
+                (self.undo_any, 4), (self.undo_merging, 2), (self.undo_killed, 3), (self.undo_what_is_gone, 1),
+                (self.go_back, 2))
         way = self.chance.choices([way for way, _ in ways], [weight for _, weight in ways])[0]
         way()
         if way not in (self.hand, self.ship) and self.chance.random() < 0.3:

@@ -160,6 +160,7 @@ bool CommitPlan::TakesBack() const {
 
 bool CommitPlan::IsRecorded() const {
     return IsChange() || !m_product.HasCommitted(m_product.Role()) ||
+           (m_lines != nullptr && m_lines->IsNewToRole()) ||
            std::any_of(
                m_targets.begin(), m_targets.end(),
                [](const PlannedTarget& planned) { return !planned.hasWorkingCopy || planned.isNewToRole; }) ||

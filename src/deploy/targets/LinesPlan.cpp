@@ -249,6 +249,15 @@ ExpectedFile LinesPlan::Expected(const PlannedLines& planned) const {
     return file;
 }
 
+bool LinesPlan::IsNewToRole() const {
+    const auto isNew = [&](const PlannedLines& planned) {
+        return std::any_of(planned.file.lines.begin(), planned.file.lines.end(), [&](const LineToSet& line) {
+            return !planned.file.IsCommittedBy(m_product.Role(), SelectorOf(line.edit));
+        });
+    };
+    return !m_known.IsUnusable() && std::any_of(m_files.begin(), m_files.end(), isNew);
+}
+
 bool LinesPlan::IsKnown(const PlannedLines& planned) const {
     const KnownFile* const known = m_known.Find(planned.file.path);
     if (known == nullptr || known->kind != FileKind::Edit) return false;

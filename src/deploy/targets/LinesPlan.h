@@ -48,6 +48,9 @@ class LinesPlan {
 
     ExpectedFile Expected(const PlannedLines& planned) const;
 
+    /// Whether the role has not committed some of the lines yet. A history that cannot be read does not tell.
+    bool IsNewToRole() const;
+
     /// Whether it is on record that the role has set the lines.
     bool IsKnown(const PlannedLines& planned) const;
 

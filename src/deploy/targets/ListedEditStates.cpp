@@ -42,6 +42,17 @@ bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::ve
     });
 }
 
+namespace {
+
+/// What the role has not committed is not committed for it, whatever the other role has set.
+std::string StateForRole(Deployment& product, const FileWithLines& file, const LineToSet& line,
+                         const std::vector<LineInPlace>& places) {
+    if (!file.isUntold && !file.IsCommittedBy(product.Role(), SelectorOf(line.edit))) return kNotCommitted;
+    return StateOfLine(file, line, places, product.Core());
+}
+
+}  // namespace
+
 std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines) {
     std::vector<ListedEditState> states;
     const auto add = [&](const ListedEdit& edit, const std::string& path, const std::string& state) {
@@ -52,7 +63,7 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
         product.RequireGoOn();
         const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
         for (const LineToSet& line : file.lines)
-            add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
+            add(line.edit, file.path, StateForRole(product, file, line, places));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
         for (const RememberedLine& line : FormerLinesOf(product, file)) {
             if (!file.trouble.empty())

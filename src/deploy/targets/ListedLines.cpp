@@ -305,6 +305,12 @@ bool FileWithLines::Remembers(const std::string& selector) const {
                        [&](const RememberedLine& line) { return line.selector == selector; });
 }
 
+bool FileWithLines::IsCommittedBy(Role role, const std::string& selector) const {
+    return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& line) {
+        return line.role == role && line.selector == selector;
+    });
+}
+
 bool FileWithLines::HasSet(const std::string& selector, const std::string& line) const {
     return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& each) {
         return each.selector == selector && each.line == line;

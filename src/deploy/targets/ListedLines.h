@@ -46,7 +46,11 @@ struct FileWithLines {
     Text::LineEnds ends{};                   ///< of that text
     std::string trouble{};  ///< why a file that the lists do not ask for any more cannot be looked at
 
+    /// Whether a commit of either role has set a line for the selector.
     bool Remembers(const std::string& selector) const;
+
+    /// Whether a commit of this role has.
+    bool IsCommittedBy(Role role, const std::string& selector) const;
 
     /// Whether a commit has set this line for the selector.
     bool HasSet(const std::string& selector, const std::string& line) const;

@@ -281,7 +281,7 @@ std::string FileToPutBack::Remark() const {
         case FileOutcome::Result::Kept:
             return _("edited, stays as it is");
         case FileOutcome::Result::Unchanged:
-            return _("is as it was before already");
+            return IsMerge() ? _("keeps what was edited since") : _("is as it was before already");
         case FileOutcome::Result::Reserved:
             return Words("kept as %s",
                          m_path + (IsThere(m_wanted.reserve) ? ZETReserveSuffix : ZETAbsenceSuffix));
