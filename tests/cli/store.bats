@@ -171,6 +171,78 @@ syncs() {
     [[ $with -gt $without && $with -le $((without + 3)) ]] || differ syncs "$without" "$with"
 }
 
+# without_shared_memory WORD...: on a file system that refuses it.
+without_shared_memory() {
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/state/state.db-shm" -e trace=mmap -e inject=mmap:error=ENODEV \
+        "$ZET_BIN/zet-client" --config zet.conf "$@"
+}
+
+# journal_of_store: its kind, which the header tells.
+journal_of_store() {
+    [[ $(od -An -tu1 -j18 -N2 state/state.db) == *2*2* ]] && echo left || echo cut
+}
+
+@test "where no memory is shared, a history is kept all the same" {
+    local value
+    for value in 2 3; do
+        without_shared_memory param set conf a "$value"
+        assert_status 0
+        assert_stderr ""
+        assert_equal "$(journal_of_store)" cut
+    done
+    without_shared_memory commit-config
+    assert_status 0
+    without_shared_memory history
+    assert_status 0
+    [[ $output == *commit-config*"param set conf a 3"*"param set conf a 2"* ]] || differ history "three entries" "$output"
+    without_shared_memory undo
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+    zet -q param set conf a 4
+    assert_equal "$(journal_of_store)" left
+}
+
+@test "a history that comes to where no memory is shared is kept on, with what its journal has" {
+    zet -q param set conf a 2
+    [[ -s state/state.db-wal ]]
+    without_shared_memory param set conf a 3
+    assert_status 0
+    assert_stderr ""
+    assert_equal "$(journal_of_store)" cut
+    [[ ! -s state/state.db-wal ]]
+    run_zet history
+    [[ $output == *"param set conf a 3"*"param set conf a 2"* ]] || differ history "both entries" "$output"
+    without_shared_memory history erase conf
+    assert_status 0
+}
+
+# on_network WORD...: as if the state were on a file system of the network (NFS).
+on_network() {
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/state/state.db-shm" -e trace=fstatfs \
+        -e inject=fstatfs:poke_exit=@arg2=6969000000000000 "$ZET_BIN/zet-client" --config zet.conf "$@"
+    assert_status 0
+}
+
+@test "on a file system of the network, no memory is shared" {
+    on_network param set conf a 2
+    assert_equal "$(journal_of_store)" cut
+    on_network param set conf a 3
+    assert_equal "$(journal_of_store)" cut
+}
+
+@test "where no memory is shared, a look takes back what a killed run left half" {
+    without_shared_memory param set conf a 2
+    local before
+    before=$(zet history)
+    strace -f -qq -o "$BASE/trace" -P "$HOST/state/state.db-shm" -P "$HOST/state/state.db" -e trace=mmap,fdatasync \
+        -e inject=mmap:error=ENODEV -e inject=fdatasync:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf param set conf a 3 || true
+    [[ -s state/state.db-journal ]]
+    run_zet history
+    assert_success "$before"
+    [[ ! -s state/state.db-journal ]]
+}
+
 @test "without a history, a commit still knows what it wrote, and keeps no text" {
     echo ZET_HISTORY=no >>zet.conf
     zet -q commit-config

@@ -113,6 +113,14 @@ bool DatabaseError::HasNoRoom() const {
     return (m_code & 0xff) == SQLITE_FULL || (m_code == SQLITE_IOERR_WRITE && m_errorNumber == EDQUOT);
 }
 
+bool DatabaseError::IsOfSharedMemory() const {
+    return m_code == SQLITE_IOERR_SHMMAP && m_errorNumber != ENOMEM;
+}
+
+bool DatabaseError::NeedsRollback() const {
+    return m_code == SQLITE_READONLY_ROLLBACK;
+}
+
 void Database::Closer::operator()(sqlite3* database) const {
     TheSqlite().close(database);
 }
@@ -202,6 +210,7 @@ int Database::NoteJournal(void* self, sqlite3* database, const char* /*name*/, i
 
 void Database::LeaveJournal() {
     TheSqlite().tellJournal(m_database.get(), &Database::NoteJournal, this);
+    m_isJournalLeft = true;
 }
 
 bool Database::TakeJournalOver() {

@@ -66,6 +66,12 @@ class DatabaseError : public std::runtime_error {
 
     /// Whether a write found no room. Another error may be that of a sync: what was written may be lost.
     bool HasNoRoom() const;
+
+    /// Whether the file system has no memory that processes share.
+    bool IsOfSharedMemory() const;
+
+    /// Whether somebody was killed in the middle of a change, which only who may write can take back.
+    bool NeedsRollback() const;
     int ErrorNumber() const { return m_errorNumber; }
 
   private:
@@ -101,6 +107,7 @@ class Database {
 
     /// From now on, the journal grows until `TakeJournalOver` is called.
     void LeaveJournal();
+    bool IsJournalLeft() const { return m_isJournalLeft; }
 
     /// How many pages the journal had before those of the last commit; 0 if that commit began the journal
     /// anew, or `LeaveJournal` was not called.
@@ -173,6 +180,7 @@ class Database {
     std::unique_ptr<sqlite3, Closer> m_database;
     std::map<Statement, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
     std::int64_t m_journalBefore = 0;
+    bool m_isJournalLeft = false;
 };
 
 }  // namespace ZET::Deploy

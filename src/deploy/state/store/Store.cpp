@@ -123,9 +123,10 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
     });
 }
 
-/// A synced commit takes what was committed before it to the disk as well.
+/// A synced commit takes what was committed before it to the disk as well. Without a journal that is left,
+/// each one is synced: half of a commit could be on the disk.
 void Store::SyncCommits(Sync sync) {
-    if (m_isSynced)
+    if (m_isSynced && m_database->IsJournalLeft())
         m_database->Run(sync == Sync::Later ? Statement("PRAGMA synchronous = NORMAL")
                                             : Statement("PRAGMA synchronous = FULL"));
 }

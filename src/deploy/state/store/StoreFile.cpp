@@ -15,6 +15,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/store/LastNumber.h"
 #include "deploy/state/store/Schema.h"
+#include "deploy/state/store/SharedMemory.h"
 #include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreNames.h"
 #include "posix/CreationMask.h"
@@ -117,11 +118,36 @@ std::unique_ptr<Database> OpenedToLook(const std::string& file, Database::Access
     return database;
 }
 
-/// In a journal of this kind an entry costs two or three syncs, and a reader never waits for a writer. A file
-/// system of the network cannot have it; there, the journal that is cut short loses nothing in a power cut.
-void ChooseJournal(Database& database) {
-    if (database.Run("PRAGMA journal_mode = WAL") != Value("wal"))
+/// In a journal that is left, an entry costs two or three syncs, and a reader never waits for a writer. Where
+/// that is not possible, the one that is cut short loses nothing in a power cut.
+void ChooseJournal(Database& database, const std::string& file) {
+    const Value left("wal");
+    if (database.Run("PRAGMA journal_mode") == left ||
+        (CanShareMemory(file) && database.Run("PRAGMA journal_mode = WAL") == left))
+        database.LeaveJournal();
+    else
         database.Run("PRAGMA journal_mode = TRUNCATE");
+}
+
+/// Takes over what is in the journal that is left, and has none from now on. Alone, the library needs no
+/// shared memory for that.
+void StopLeavingJournal(const std::string& file) {
+    Database database(file, Database::Access::Write);
+    database.Run("PRAGMA locking_mode = EXCLUSIVE");
+    database.Run("PRAGMA journal_size_limit = 0");  // would be read again
+    database.Run("PRAGMA journal_mode = TRUNCATE");
+}
+
+std::unique_ptr<Database> OpenedToRecord(const std::string& file, bool isSynced) {
+    auto database = std::make_unique<Database>(file, Database::Access::Write);
+    database->Run(isSynced ? Statement("PRAGMA synchronous = FULL") : Statement("PRAGMA synchronous = OFF"));
+    database->Run("PRAGMA temp_store = MEMORY");
+    const std::int64_t version = VersionOfStore(*database, file);
+    if (version == 0) RequireEmpty(file);
+    // Before there is a journal that is kept: what has no tables was never one of these.
+    UpgradeStore(*database, version, file);
+    ChooseJournal(*database, file);
+    return database;
 }
 
 }  // namespace
@@ -151,16 +177,13 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore 
         ForgetLastNumber(file);
         MakeFile(file);
     }
-    auto database = std::make_unique<Database>(file, Database::Access::Write);
-    database->Run(isSynced ? Statement("PRAGMA synchronous = FULL") : Statement("PRAGMA synchronous = OFF"));
-    database->Run("PRAGMA temp_store = MEMORY");
-    const std::int64_t version = VersionOfStore(*database, file);
-    if (version == 0) RequireEmpty(file);
-    // Before there is a journal that is kept: what has no tables was never one of these.
-    UpgradeStore(*database, version, file);
-    ChooseJournal(*database);
-    database->LeaveJournal();
-    return database;
+    try {
+        return OpenedToRecord(file, isSynced);
+    } catch (const DatabaseError& error) {
+        if (!error.IsOfSharedMemory()) throw;
+    }
+    StopLeavingJournal(file);
+    return OpenedToRecord(file, isSynced);
 }
 
 void TakeJournalOver(Database& database, const std::string& file, bool isSynced) {
@@ -182,6 +205,7 @@ std::unique_ptr<Database> OpenStoreToLook(const std::string& file, FoundStore fo
     try {
         return OpenedToLook(file, Database::Access::Look);
     } catch (const DatabaseError& error) {
+        if (error.NeedsRollback()) return OpenedToLook(file, Database::Access::Write);
         if (!error.IsReadOnly() || eaccess(file.c_str(), R_OK) != 0) throw;
     }
     // As one that nobody writes, it would be read without what its journal has.

@@ -9,10 +9,13 @@ inline constexpr char kJournalSuffix[] = "-wal";
 /// The journal of a single transaction: while the tables are made, and where the other one is impossible.
 inline constexpr char kUndoJournalSuffix[] = "-journal";
 
+/// The memory that its users share.
+inline constexpr char kMemorySuffix[] = "-shm";
+
 inline constexpr char kLastNumberSuffix[] = "-last";
 
 /// All of them.
-inline constexpr const char* kStoreSuffixes[] = {"", kJournalSuffix, "-shm", kUndoJournalSuffix,
+inline constexpr const char* kStoreSuffixes[] = {"", kJournalSuffix, kMemorySuffix, kUndoJournalSuffix,
                                                  kLastNumberSuffix};
 
 }  // namespace ZET::Deploy
