@@ -161,6 +161,7 @@ TEST_F(CutShortTest, OnlyABeginOfTheTextThatWasToBeWrittenIsRemoved) {
         RecordOfKilledRun("out/a", "the new text");
         Write("out/a.tmp", text);
         m_told.warnings.clear();
+        TheHost().EndCall();
         Clear();
         EXPECT_EQ(Read("out/a.tmp"), text);
         EXPECT_THAT(m_told.warnings, SizeIs(1));
