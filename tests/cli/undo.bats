@@ -478,7 +478,7 @@ zet-client: nothing was changed"
     echo mine >>out/lines
     run_zet rollback-config --to "$last"
     assert_status 1
-    assert_stderr "zet-client: error: $HOST/out/lines: holds another text: it is not as the last commit left it (--force puts back what was there before all the same)
+    assert_stderr "zet-client: error: $HOST/out/lines: holds another text: it is not as change 2 left it (--force puts back what was there before all the same)
 zet-client: nothing was changed"
     run_zet rollback-config --to "$last" --force
     assert_status 0
