@@ -27,6 +27,14 @@ edit_and_kill() {
     assert_made one.conf $'x\n'
 }
 
+# kill_edit: it has written $HOST/f, and has not found out so.
+kill_edit() {
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST" -e trace=fsync -e inject=fsync:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf param set --no-backup f a 2
+    assert_status 137
+    grep -qx a=2 f
+}
+
 # settle: the next command that writes finds out what the killed one did.
 settle() {
     echo a=1 >aside
@@ -83,12 +91,19 @@ assert_kept() {
     assert_made one.conf $'x\na precious edit\n'
 }
 
+@test "what was made of a file that a killed commit had not yet replaced is no change" {
+    zet -q commit-config
+    echo "a precious edit" >>"$ONE"
+    kill_at_rename "$ONE" commit-config
+    echo more >>"$ONE"
+    settle
+    assert_equal "$(store 'SELECT group_concat(number) FROM entries')" "1,3"
+    assert_made one.conf $'x\na precious edit\nmore\n'
+}
+
 @test "what a killed edit without a reserve replaced is kept" {
     echo a=1 >f
-    capture strace -f -qq -o "$BASE/trace" -P "$HOST" -e trace=fsync -e inject=fsync:signal=KILL \
-        "$ZET_BIN/zet-client" --config zet.conf param set --no-backup f a 2
-    assert_status 137
-    grep -qx a=2 f
+    kill_edit
     echo y=9 >>f
     settle
     assert_kept 1 "$HOST/f" $'a=1\n'

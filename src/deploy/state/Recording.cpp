@@ -13,6 +13,7 @@
 #include "deploy/state/EntryToOpen.h"
 #include "deploy/state/History.h"
 #include "deploy/state/LostText.h"
+#include "deploy/state/Writes.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -37,6 +38,7 @@ Recording::Recording(Host& host, Use use, bool isLocked, Purpose purpose)
     : m_host(host), m_purpose(purpose), m_limits(host.HostHistory().Limits()) {
     History& history = host.HostHistory();
     if (host.Wanted().dryRun) return;
+    ForgetWrites();
     if (use == Use::OfFiles && !history.KeepsTexts()) return;
     if (isLocked && history.CanRecord()) {
         OpenStore();
@@ -279,7 +281,9 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
 Settlement Recording::Settled(Ending ending) const {
     Settlement settlement;
     const auto settle = [&](const Row& row) {
-        SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, settlement);
+        const Written written = MayHaveWritten(row.path) ? Written::Maybe : Written::No;
+        SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, written,
+                   settlement);
     };
     for (const Row& row : m_rows) {
         settle(row);
