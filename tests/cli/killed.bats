@@ -27,6 +27,14 @@ edit_and_kill() {
     assert_made one.conf $'x\n'
 }
 
+# kill_edit: it has written $HOST/f, and has not found out so.
+kill_edit() {
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST" -e trace=fsync -e inject=fsync:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf param set --no-backup f a 2
+    assert_status 137
+    grep -qx a=2 f
+}
+
 # settle: the next command that writes finds out what the killed one did.
 settle() {
     echo a=1 >aside
@@ -83,15 +91,53 @@ assert_kept() {
     assert_made one.conf $'x\na precious edit\n'
 }
 
+@test "what was made of a file that a killed commit had not yet replaced is no change" {
+    zet -q commit-config
+    echo "a precious edit" >>"$ONE"
+    kill_at_rename "$ONE" commit-config
+    echo more >>"$ONE"
+    settle
+    assert_equal "$(store 'SELECT group_concat(number) FROM entries')" "1,3"
+    assert_made one.conf $'x\na precious edit\nmore\n'
+}
+
 @test "what a killed edit without a reserve replaced is kept" {
     echo a=1 >f
-    capture strace -f -qq -o "$BASE/trace" -P "$HOST" -e trace=fsync -e inject=fsync:signal=KILL \
-        "$ZET_BIN/zet-client" --config zet.conf param set --no-backup f a 2
-    assert_status 137
-    grep -qx a=2 f
+    kill_edit
     echo y=9 >>f
     settle
     assert_kept 1 "$HOST/f" $'a=1\n'
+}
+
+@test "a way back leads over a killed run that changed nothing, whatever was pruned before" {
+    echo ZET_HISTORY_KEEP=4 >>zet.conf
+    echo a=1 >f
+    zet -q param set --no-backup f a 2
+    zet -q undo
+    echo theirs >>f
+    zet -q undo 2 --force # kept for that edit
+    zet -q undo
+    local value
+    echo b=1 >g
+    for value in 2 3 4 5 6; do zet -q param set --no-backup g b $value; done
+    kill_at_rename g param set --no-backup g b 7
+    zet -q param set --no-backup g b 8
+    assert_equal "$(store 'SELECT group_concat(number) FROM entries')" "3,7,8,9,11"
+    run_zet rollback-config --to 9
+    assert_status 0
+    grep -qx b=6 g
+}
+
+@test "a way back leads to a killed run whose file somebody has written since, and an edit after that" {
+    echo a=1 >f
+    kill_edit
+    echo y=9 >>f
+    settle
+    zet -q param set --no-backup f a 3
+    run_zet rollback-config --to 1 --force
+    assert_status 0
+    grep -qx a=2 f
+    assert_file aside $'a=1\n'
 }
 
 @test "what a killed commit replaced is kept, even if the history ends meanwhile" {

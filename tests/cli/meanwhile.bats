@@ -166,3 +166,28 @@ status_beside() {
     assert_equal "$(<"$BASE/stderr")" ""
     assert_equal "$status" 3
 }
+
+@test "a file that a failed command did not write is no change of it" {
+    echo A=1 >f
+    run_beside ././f.before_zet /stat "param set f A 2" eval 'echo B=theirs >>f'
+    assert_status 1
+    [[ $stderr == *"f: another program wrote it at the same time, and nothing was changed"* ]] || differ refusal "" "$stderr"
+    assert_file f $'A=1\nB=theirs\n'
+    assert_equal "$(store 'SELECT count(*) FROM entries')" 0
+    run_zet undo --force
+    assert_status 1
+    assert_file f $'A=1\nB=theirs\n'
+}
+
+@test "a file that another program creates during a first commit is no change of it" {
+    add_target one.conf $'x\n'
+    add_target two.conf $'y\n'
+    run_beside ././two.conf /stat commit-config eval 'echo theirs >out/two.conf'
+    assert_status 1
+    [[ $stderr == *"two.conf: another program wrote it at the same time, and nothing was changed"* ]] || differ refusal "" "$stderr"
+    assert_equal "$(store "SELECT count(*) FROM files WHERE path LIKE '%/out/two.conf'")" 0
+    run_zet undo --force
+    assert_status 0
+    assert_absent out/one.conf
+    assert_file out/two.conf $'theirs\n'
+}

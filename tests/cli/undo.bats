@@ -569,6 +569,17 @@ $TWO: removed, as there was none before"
     assert_json "d['undone'], d['further'], d['entry']" '[5, null, 6]'
 }
 
+@test "where a role has committed, a history that is gone is said to be so, whatever change is asked for" {
+    zet -q commit-config
+    rm -f state/state.db*
+    local words
+    for words in "undo 1" "rollback-config --to 1" "history show 1" "history diff 1" "undo -n 1"; do
+        # shellcheck disable=SC2086
+        run_zet $words
+        assert_refusal 1 "$HOST/state/state.db: is not there: nothing was recorded on this host that could be put back (\"rollback-config\" and \"file restore\" need no history)"
+    done
+}
+
 @test "where nothing was recorded, the number of a change is wrong use of every command" {
     rm -f state/state.db*
     local words

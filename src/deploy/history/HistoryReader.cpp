@@ -134,7 +134,7 @@ std::int64_t HistoryReader::LastNumber() const {
 }
 
 RecordedEntry HistoryReader::Entry(std::int64_t number) const {
-    if (!HasAny()) FailOfNothingRecorded(number);
+    if (!HasAny()) FailOfNoHistory(m_product, number);
     return KeptEntry(*m_store, number);
 }
 

@@ -35,7 +35,7 @@ class CutShortEntries {
     void Settle(const RecordedEntry& entry) {
         Settlement settlement;
         const std::vector<RecordedFile> files = m_store.FilesOf(entry.number);
-        ClearLeftOversOf(files, entry.begun);
+        const std::set<std::string> unwritten = ClearLeftOversOf(files, entry.begun);
         for (const RecordedFile& file : files) {
             const std::string path = m_host.HostPaths().FromInside(file.path);
             if (!m_host.HostPaths().StaysInside(path)) {
@@ -43,7 +43,7 @@ class CutShortEntries {
                 continue;
             }
             m_paths.insert(path);
-            Settle(file, path, settlement);
+            Settle(file, path, unwritten.contains(path) ? Written::No : Written::Maybe, settlement);
         }
         // What it has of former texts was promised to be kept.
         settlement.keepsEntry = m_host.HostHistory().KeepsTexts() || HoldsTexts(files);
@@ -51,19 +51,23 @@ class CutShortEntries {
     }
 
     /// Left-overs of a companion, which may have been written alone, are looked for with those of its file.
-    void ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
+    /// Returns the files whose new text had not yet been put in place.
+    std::set<std::string> ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
+        std::set<std::string> unwritten;
         std::map<std::string, std::vector<RecordedFile>> byFile;
         for (const RecordedFile& row : rows)
             byFile[row.kind == FileKind::Companion ? FileBeside(row.path) : row.path].push_back(row);
         for (const auto& [name, ofFile] : byFile) {
             const std::string path = m_host.HostPaths().FromInside(name);
-            if (m_host.HostPaths().StaysInside(path)) ClearLeftOvers(m_host, LeftBy(ofFile, path, begun));
+            if (!m_host.HostPaths().StaysInside(path)) continue;
+            if (ClearLeftOvers(m_host, LeftBy(ofFile, path, begun))) unwritten.insert(path);
         }
+        return unwritten;
     }
 
-    void Settle(const RecordedFile& file, const std::string& path, Settlement& settlement) {
+    void Settle(const RecordedFile& file, const std::string& path, Written written, Settlement& settlement) {
         try {
-            SettleFile(PlanOf(file), Capture(m_host, path), Ending::Unknown, settlement);
+            SettleFile(PlanOf(file), Capture(m_host, path), Ending::Unknown, written, settlement);
         } catch (const Failure& failure) {
             SettleUnseen(file, settlement);
             m_host.Out().Warning(failure.what());

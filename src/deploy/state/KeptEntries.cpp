@@ -1,6 +1,7 @@
 #include "deploy/state/KeptEntries.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -11,15 +12,28 @@
 
 namespace ZET::Deploy {
 
+namespace {
+
+[[noreturn]] void FailOfNothingRecorded(std::int64_t number) {
+    throw UsageError(
+        Words("there is no change %s: nothing was recorded yet on this host", std::to_string(number)));
+}
+
+}  // namespace
+
 std::int64_t LastNumberOf(Store& store) {
     const std::vector<RecordedEntry> newest = store.Entries(1);
     // Kept edits may be older than what was pruned.
     return std::max(newest.empty() ? 0 : newest.front().number, store.LastPruned());
 }
 
-void FailOfNothingRecorded(std::int64_t number) {
-    throw UsageError(
-        Words("there is no change %s: nothing was recorded yet on this host", std::to_string(number)));
+void FailOfNoHistory(Host& host, const std::optional<std::int64_t>& number) {
+    const bool hasCommitted =
+        std::any_of(std::begin(kRoles), std::end(kRoles), [&](Role role) { return host.HasCommitted(role); });
+    if (number && !hasCommitted) FailOfNothingRecorded(*number);
+    throw Failure({.file = host.State().Store(),
+                   .text = _("is not there: nothing was recorded on this host that could be put back"),
+                   .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
 }
 
 RecordedEntry KeptEntry(Store& store, std::int64_t number) {

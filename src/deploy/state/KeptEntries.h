@@ -2,6 +2,7 @@
 #define ZET_KEPT_ENTRIES_H
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "deploy/state/Host.h"
@@ -16,8 +17,9 @@ std::int64_t LastNumberOf(Store& store);
 /// Throws a `UsageError` for a number that no entry has, or one that is no longer kept.
 RecordedEntry KeptEntry(Store& store, std::int64_t number);
 
-/// Throws the `UsageError` for a number on a host whose history has nothing yet.
-[[noreturn]] void FailOfNothingRecorded(std::int64_t number);
+/// Throws for a host that has no history: a `UsageError` if a change was asked for by its number, and there
+/// cannot have been any.
+[[noreturn]] void FailOfNoHistory(Host& host, const std::optional<std::int64_t>& number);
 
 /// Throws a `Failure` if not all entries after this one are kept any more. `remedy` has a gap for the number
 /// of the first entry from which on all are kept.

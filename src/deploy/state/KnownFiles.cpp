@@ -50,7 +50,7 @@ void KnownFiles::Settle(const RecordedFile& file, std::int64_t entry) {
     if (!m_host.HostPaths().StaysInside(path)) return;
     Settlement settlement;
     try {
-        SettleFile(PlanOf(file), Capture(path, 0), Ending::Unknown, settlement);
+        SettleFile(PlanOf(file), Capture(path, 0), Ending::Unknown, Written::Maybe, settlement);
     } catch (const Failure&) {
         return;
     }

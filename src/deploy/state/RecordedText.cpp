@@ -12,6 +12,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
+#include "deploy/state/Writes.h"
 #include "posix/Descriptor.h"
 #include "posix/ModeBits.h"
 #include "posix/ReadWrite.h"
@@ -95,6 +96,7 @@ void RecordedText::Put(const CapturedFile& wanted, const std::function<void()>& 
                 if (rename.isReady) Complete(rename.descriptor, wanted.state);
                 requireUnchanged();
             });
+            if (rename.isReady) IsAboutToWrite(m_place.Path() + m_suffix);
         });
         try {
             Write(temporary, wanted.text);

@@ -12,6 +12,7 @@
 #include "deploy/state/EntryToOpen.h"
 #include "deploy/state/History.h"
 #include "deploy/state/LostText.h"
+#include "deploy/state/Writes.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -40,6 +41,7 @@ Recording::Recording(Host& host, Use use, bool isLocked, Purpose purpose)
 }
 
 void Recording::OpenStore() {
+    ForgetWrites();
     OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
 }
 
@@ -266,7 +268,9 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
 Settlement Recording::Settled(Ending ending) const {
     Settlement settlement;
     const auto settle = [&](const Row& row) {
-        SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, settlement);
+        const Written written = MayHaveWritten(row.path) ? Written::Maybe : Written::No;
+        SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, written,
+                   settlement);
     };
     for (const Row& row : m_rows) {
         settle(row);

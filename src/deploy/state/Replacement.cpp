@@ -16,6 +16,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
 #include "deploy/state/OwnText.h"
+#include "deploy/state/Writes.h"
 #include "posix/CreationMask.h"
 #include "posix/Descriptor.h"
 #include "posix/ModeBits.h"
@@ -170,6 +171,7 @@ void Replacement::Save(const Operation& operation,
 
 void Replacement::RequireLastVersion() {
     RequireVersion(m_file, m_version);
+    IsAboutToWrite(m_file.Path());
     m_mayBeMade = true;
 }
 
@@ -244,7 +246,9 @@ void Replacement::TakeBackCompanions() {
 void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
     file.Within([&](const std::string& name) {
         const GuardedRenames renames([&](const ZETRename& rename) {
-            if (rename.to == name) FileInPlace::Outside([&] { RequireVersion(file, version); });
+            if (rename.to != name) return;
+            FileInPlace::Outside([&] { RequireVersion(file, version); });
+            if (rename.isReady) IsAboutToWrite(file.Path());
         });
         product.Config().RestoreConfigFile(name);
     });
@@ -256,6 +260,7 @@ void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVer
     RequireReplaceable(file.Path());
     if (!isToGo) return RestoreOriginal(product, file, version);
     RequireVersion(file, version);
+    IsAboutToWrite(file.Path());
     file.Within([](const std::string& name) { RemoveFile(name); });
     RestoreOriginal(product, file, {});
 }

@@ -36,7 +36,8 @@ void KeepKnownAs(const FileToRecord& planned, Settlement& settlement) {
 /// Whether a text that was there before may have been replaced by what the command was going to write.
 bool MayBeReplaced(const RecordedFile& file) {
     if (file.kind == FileKind::Companion) return file.before.exists;
-    return file.kind != FileKind::Status && file.IsPlanned() && !HaveSameText(file.before, file.after);
+    return file.kind != FileKind::Status && file.before.exists && file.IsPlanned() &&
+           !HaveSameText(file.before, file.after);
 }
 
 /// Whether what is there tells nothing of the command. A companion is its work in any case.
@@ -61,9 +62,10 @@ FileToRecord PlanOf(const RecordedFile& file) {
     return planned;
 }
 
-void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
+void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Written written,
+                Settlement& settlement) {
     const RecordedFile& file = planned.file;
-    if (IsUnclear(file, now)) return settlement.unclear.push_back(file.path);
+    if (written == Written::Maybe && IsUnclear(file, now)) return settlement.unclear.push_back(file.path);
     const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
     const bool isUntouched = now.IsAs(file.before) || !IsOfTheCommand(file, now, ending);
     if (isAsWanted && (ending != Ending::Unknown || !isUntouched)) KeepKnownAs(planned, settlement);

@@ -4,6 +4,7 @@
 
 #include "deploy/state/RecordedText.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/state/Writes.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -84,6 +85,7 @@ void StateWriter::MakeUp(const char* suffix, const CapturedFile& wanted) {
 void StateWriter::WriteFile(const FileWithCompanions& now, const FileWithCompanions& wanted) {
     if (Goes(now.file, wanted.file)) {
         RequireUnchanged();
+        IsAboutToWrite(m_place.Path());
         m_place.Within([](const std::string& name) { RemoveFile(name); });
     } else if (Comes(now.file, wanted.file)) {
         RecordedText(m_product, m_place, "").Put(*wanted.file, [&] { RequireUnchanged(); });

@@ -5,6 +5,7 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Recording.h"
+#include "deploy/state/Writes.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateHistory.h"
 #include "deploy/targets/Templates.h"
@@ -90,6 +91,8 @@ class Installation {
                                       : Words("the former one is kept as %s", m_old);
         outcome.diff = DiffToShow(m_product, m_isThere ? m_path : "", m_pristine, m_path);
         if (isDryRun) return outcome;
+        for (const std::string& file : {m_old, m_path})
+            IsAboutToWrite(file);
         if (m_isThere) CopyFile(m_path, m_old);
         Install();
         outcome.after = StateOf(m_path);

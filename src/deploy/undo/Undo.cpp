@@ -214,10 +214,7 @@ Store& StoreToLookIn(Deployment& product, const std::optional<std::int64_t>& num
                        .text = _("cannot be read"),
                        .remedy = _("run the command as root")});
     }
-    if (number) FailOfNothingRecorded(*number);
-    throw Failure({.file = product.State().Store(),
-                   .text = _("is not there: nothing was recorded on this host that could be put back"),
-                   .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
+    FailOfNoHistory(product, number);
 }
 
 /// In a dry run, others may record and prune meanwhile: all that is read is of one moment.

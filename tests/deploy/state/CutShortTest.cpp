@@ -131,6 +131,23 @@ TEST_F(CutShortTest, WhatItMayHaveReplacedIsKeptBeforeSomebodyElsesWork) {
     }
 }
 
+TEST_F(CutShortTest, WhereNothingWasThereIsNothingToKeep) {
+    RecordOfKilledRun("out/a", "new");
+    Write("out/a", "of somebody else");
+    Clear();
+    EXPECT_FALSE(TheStore().Find(m_number));
+}
+
+TEST_F(CutShortTest, ItDidNotWriteWhatStillHasItsNewTextBesideIt) {
+    Write("out/a", "old");
+    RecordOfKilledRun("out/a", "new");
+    Write("out/a.tmp", "new");
+    Write("out/a", "of somebody else");
+    Clear();
+    EXPECT_FALSE(TheStore().Find(m_number));
+    EXPECT_EQ(Read("out/a"), "of somebody else");
+}
+
 TEST_F(CutShortTest, ReserveThatItMayHaveDroppedIsKeptWhenALinkTakesItsName) {
     Write("out/a.before_zet", "original");
     RecordOfKilledRun("out/a.before_zet", std::nullopt, FileKind::Companion);

@@ -9,6 +9,7 @@
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
+#include "deploy/state/Writes.h"
 
 namespace ZET::Deploy {
 
@@ -110,6 +111,7 @@ TEST_F(RecordingTest, WhatWasReplacedIsKeptHoweverTheCommandEnds) {
             recording.Expect(file);
             recording.Begin();
             entry = *recording.Number();
+            IsAboutToWrite(At(name));
             Write(name, "of another program");
             if (ending != Ending::Unknown) recording.Complete(ending);
         }
@@ -118,6 +120,27 @@ TEST_F(RecordingTest, WhatWasReplacedIsKeptHoweverTheCommandEnds) {
         ASSERT_TRUE(change && change->before.text) << name;
         EXPECT_EQ(store.Text(*change->before.text), "precious");
         EXPECT_EQ(store.Known(At(name))->state, left);
+    }
+}
+
+/// Another program wrote it before the command came to do so.
+TEST_F(RecordingTest, WhatTheCommandDidNotWriteIsUntouchedHoweverItEnds) {
+    UseHistory("yes");
+    for (const Ending ending : {Ending::DoneInPart, Ending::Unknown}) {
+        Write("out/a", "former");
+        std::int64_t entry = 0;
+        {
+            Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+            for (const char* const name : {"out/a", "out/new"})
+                recording.Expect(Expected(name));
+            recording.Begin();
+            entry = *recording.Number();
+            for (const char* const name : {"out/a", "out/new"})
+                Write(name, "of another program");
+            if (ending != Ending::Unknown) recording.Complete(ending);
+        }
+        EXPECT_FALSE(TheHost().HostHistory().ToRecord().Find(entry));
+        std::filesystem::remove(At("out/new"));
     }
 }
 

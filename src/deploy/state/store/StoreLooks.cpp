@@ -67,7 +67,8 @@ std::vector<RecordedFile> Store::ChangesOf(const std::string& path) {
     return Guarded([&] { return ChangesAt(*m_database, path); });
 }
 
-/// Each entry takes a number, whether it is kept or not.
+/// Each entry takes a number, whether it is kept or not. An entry that was pruned may tell of all before it
+/// what is missing here, and what a run that failed or was killed may have written did not become known.
 std::vector<std::string> Store::WrittenUntoldAfter(std::int64_t number) {
     return Guarded([&] {
         std::vector<std::string> paths;
@@ -78,15 +79,17 @@ std::vector<std::string> Store::WrittenUntoldAfter(std::int64_t number) {
             " UNION SELECT path FROM files AS last WHERE kind IN (?2, ?3)"
             " AND path NOT IN (SELECT path FROM known)"
             " AND entry = (SELECT max(entry) FROM files WHERE path = last.path)"
+            " AND entry >= ifnull((SELECT number FROM pruned), 0)"
+            " AND (SELECT outcome FROM entries WHERE number = last.entry) = ?5"
             " AND (SELECT seq FROM sqlite_sequence WHERE name = 'entries') - max(?1, entry)"
             " > (SELECT count(*) FROM entries WHERE number > max(?1, last.entry))"
             " UNION SELECT path FROM files AS next WHERE entry > ?1 AND kind_before = ?4"
-            // An entry that was pruned may tell of all before it what is missing here.
-            " AND (SELECT kind FROM files WHERE path = next.path AND entry < next.entry"
+            " AND (SELECT CASE outcome WHEN ?5 THEN kind END FROM files JOIN entries ON number = entry"
+            " WHERE path = next.path AND entry < next.entry"
             " AND entry >= ifnull((SELECT number FROM pruned), 0)"
             " ORDER BY entry DESC LIMIT 1) IN (?2, ?3) ORDER BY path",
             {number, static_cast<std::int64_t>(FileKind::Target), static_cast<std::int64_t>(FileKind::Edit),
-             static_cast<std::int64_t>(FileKind::Original)});
+             static_cast<std::int64_t>(FileKind::Original), static_cast<std::int64_t>(EntryOutcome::Done)});
         while (rows.Next())
             paths.push_back(rows.Text(0));
         return paths;
