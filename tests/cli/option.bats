@@ -512,7 +512,9 @@ SERVER_ID=7
 @test "a main file with a lost marker is refused, as any other file" {
     run_zet param set zet.conf REALM ONE
     assert_status 0
-    assert_stderr "zet-client: warning: zet.conf: is the main file, in which \"option set\" checks what it sets"
+    assert_stderr "zet-client: warning: zet.conf: is the main file, in which \"option set\" and \"option unset\" check what they change"
+    run_zet param set zet.conf REALM ONE
+    assert_success "zet.conf: unchanged"
     sed -i '/ZET_END/d' zet.conf
     cp zet.conf before
     local words

@@ -30,6 +30,9 @@ class FileEdit {
     /// The real file, links followed.
     const std::string& Path() const { return m_path; }
 
+    /// The one name of the file, as the lists know it.
+    const std::string& Name() const { return m_place.RealPath(); }
+
     FileOutcome LeaveUnchanged(const std::string& remark = "") const;
     FileOutcome Make(const Operation& operation, bool noBackup, const Inspection& inspection = nullptr);
 

@@ -4,33 +4,41 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/lists/HostLists.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
+/// Compares the last names first, which needs no look at the host: no link stands behind either of them.
+bool IsMainFile(Deployment& product, const std::string& name) {
+    const std::string main = product.Param("ZET_CFG");
+    return BaseNameOf(main) == BaseNameOf(name) && product.Lists().NameOf(main) == name;
+}
+
 /// The template of which the file is the working copy, as far as the lists tell; empty: of none.
-std::string TemplateOfCopy(Deployment& product, const std::string& path) {
+std::string TemplateOfCopy(Deployment& product, const std::string& name) {
     HostLists& lists = product.Lists();
     const std::string directory = lists.NameOf(product.Param("ZET_CFG_DIR")) + "/";
-    const std::string file = lists.NameOf(path);
-    if (!file.starts_with(directory)) return "";
-    const Target* const entry = lists.EntryOf(file.substr(directory.size()));
+    if (!name.starts_with(directory)) return "";
+    const Target* const entry = lists.EntryOf(name.substr(directory.size()));
     return entry == nullptr ? "" : entry->templateName;
 }
 
-/// Other commands know better what may stand in the product's own files.
-void WarnOfOwnFile(Deployment& product, const std::string& path, const EditOptions& options) {
-    if (product.Lists().NameOf(path) == product.Lists().NameOf(product.FilePath(product.ConfigFile())))
+/// Other commands know better what may stand in the product's own files. `name` is the file's one name.
+void WarnOfOwnFile(Deployment& product, const std::string& path, const std::string& name,
+                   const EditOptions& options) {
+    if (IsMainFile(product, name))
         product.Out().Warning(
-            Words("%s: is the main file, in which \"option set\" checks what it sets", path));
+            Words("%s: is the main file, in which \"option set\" and \"option unset\" check what they change",
+                  path));
     if (options.noMarkers) return;
-    const std::string name = TemplateOfCopy(product, path);
-    if (!name.empty())
+    const std::string copied = TemplateOfCopy(product, name);
+    if (!copied.empty())
         product.Out().Warning(
             Words("%s: is the working copy of [%s], which no commit takes with a notice in it "
                   "(--no-markers edits without)",
-                  path, name));
+                  path, copied));
 }
 
 }  // namespace
@@ -43,9 +51,11 @@ void PartEdit::ReadAll() {
 
 FileOutcome PartEdit::Make(const std::function<void(IZETConfigFile& file)>& operation) {
     RequireRoomForNotice(Path(), m_text, m_options);
-    WarnOfOwnFile(m_product, Path(), m_options);
-    return m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
-                       m_options.noBackup, m_guard.OfLines());
+    FileOutcome outcome = m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
+                                      m_options.noBackup, m_guard.OfLines());
+    if (outcome.result == FileOutcome::Result::Changed)
+        WarnOfOwnFile(m_product, Path(), m_edit.Name(), m_options);
+    return outcome;
 }
 
 }  // namespace ZET::Deploy

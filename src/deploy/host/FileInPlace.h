@@ -34,6 +34,9 @@ class FileInPlace {
     /// The path as the reader knows it.
     const std::string& Path() const { return m_path; }
 
+    /// The only path without links.
+    const std::string& RealPath() const { return m_found.path; }
+
     /// The user other than root to whom the directory belongs; none unless root runs the command.
     const std::optional<uid_t>& Holder() const { return m_holder; }
 
