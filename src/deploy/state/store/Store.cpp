@@ -135,7 +135,7 @@ bool Store::IsJournalLong() const {
     return !m_isSynced || m_database->JournalBefore() >= kLongJournal;
 }
 
-/// Leaves it to the entry, if one was opened: an entry costs three syncs at most.
+/// Leaves it to the entry, if one was opened: an entry costs three syncs then, or four.
 void Store::TakeJournalOverUnlessEntry() {
     if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
