@@ -135,8 +135,8 @@ bool IsReadOfPipe(const Call& call) {
 long ReadWholly(const Call& call) {
     long size = 0;
     while (size < call.arguments[2]) {
-        const long count =
-            MakeCall(SYS_read, call.arguments[0], call.arguments[1] + size, call.arguments[2] - size, 0, 0, 0);
+        const long count = MakeCall(SYS_read, call.arguments[0], call.arguments[1] + size,
+                                    call.arguments[2] - size, 0, 0, 0);
         if (count == -EINTR) continue;
         if (count <= 0) return size == 0 ? count : size;
         size += count;
