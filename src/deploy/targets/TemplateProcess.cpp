@@ -200,9 +200,11 @@ FileOutcome TemplateProcess::RunInTrial() {
 }
 
 /// Whether the result must be distinguishable from what others make of it, even without a history: a commit
-/// asks that of a target, and this command of any file that it does not replace by force.
+/// asks that of a target, and this command of any file that it does not replace by force. What is known of a
+/// file stays true.
 bool TemplateProcess::IsRecorded() const {
-    return !m_isForced || TargetOfFile() != nullptr;
+    if (!m_isForced || m_product.HostHistory().KeepsTexts() || TargetOfFile() != nullptr) return true;
+    return KnownFiles(m_product).Find(m_product.HostPaths().RealName(m_path)) != nullptr;
 }
 
 FileOutcome TemplateProcess::RunInPlace() {

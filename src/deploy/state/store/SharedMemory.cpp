@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/mman.h>
-#include <sys/vfs.h>
+#include <sys/statfs.h>
 
 #include <algorithm>
 #include <cerrno>
