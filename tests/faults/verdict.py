@@ -100,7 +100,7 @@ def of_success(result, output, new, now, may_leave, is_denied):
     is_warned = has_warned(result)
     # What is denied in trial, an owner or a mode, is reported so even if it is permitted later.
     # After the work is done, an undo looks for the change before, which it names last.
-    is_cut = "the history cannot be used: " in result.errors and output.startswith(result.output)
+    is_cut = "the history cannot be used: " in result.errors and output.startswith(result.output.rstrip())
     is_same_report = result.output == output or is_warned or is_denied or is_cut
     found = [] if is_same_report else [f"exit status 0, but the report is {result.output!r}"]
     for path in sorted(new.keys() | now.keys()):
