@@ -91,14 +91,24 @@ assert_kept() {
     assert_made one.conf $'x\na precious edit\n'
 }
 
-@test "what was made of a file that a killed commit had not yet replaced is no change" {
+@test "what was made of a file that a killed commit had not yet replaced stays, and is undone with --force alone" {
     zet -q commit-config
     echo "a precious edit" >>"$ONE"
     kill_at_rename "$ONE" commit-config
     echo more >>"$ONE"
     settle
-    assert_equal "$(store 'SELECT group_concat(number) FROM entries')" "1,3"
     assert_made one.conf $'x\na precious edit\nmore\n'
+    run_zet undo 2
+    assert_status 1
+    assert_made one.conf $'x\na precious edit\nmore\n'
+}
+
+@test "what a killed commit replaced is kept, although somebody made a copy that has the name of its new text" {
+    edit_and_kill
+    cp -p "$ONE" "$ONE.tmp"
+    echo more >>"$ONE"
+    settle
+    assert_kept 2 "$ONE" "$EDITED"
 }
 
 @test "what a killed edit without a reserve replaced is kept" {

@@ -35,7 +35,7 @@ class CutShortEntries {
     void Settle(const RecordedEntry& entry) {
         Settlement settlement;
         const std::vector<RecordedFile> files = m_store.FilesOf(entry.number);
-        const std::set<std::string> unwritten = ClearLeftOversOf(files, entry.begun);
+        ClearLeftOversOf(files, entry.begun);
         for (const RecordedFile& file : files) {
             const std::string path = m_host.HostPaths().FromInside(file.path);
             if (!m_host.HostPaths().StaysInside(path)) {
@@ -43,7 +43,7 @@ class CutShortEntries {
                 continue;
             }
             m_paths.insert(path);
-            Settle(file, path, unwritten.contains(path) ? Written::No : Written::Maybe, settlement);
+            Settle(file, path, settlement);
         }
         // What it has of former texts was promised to be kept.
         settlement.keepsEntry = m_host.HostHistory().KeepsTexts() || HoldsTexts(files);
@@ -51,23 +51,22 @@ class CutShortEntries {
     }
 
     /// Left-overs of a companion, which may have been written alone, are looked for with those of its file.
-    /// Returns the files whose new text had not yet been put in place.
-    std::set<std::string> ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
-        std::set<std::string> unwritten;
+    void ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
         std::map<std::string, std::vector<RecordedFile>> byFile;
         for (const RecordedFile& row : rows)
             byFile[row.kind == FileKind::Companion ? FileBeside(row.path) : row.path].push_back(row);
         for (const auto& [name, ofFile] : byFile) {
             const std::string path = m_host.HostPaths().FromInside(name);
             if (!m_host.HostPaths().StaysInside(path)) continue;
-            if (ClearLeftOvers(m_host, LeftBy(ofFile, path, begun))) unwritten.insert(path);
+            ClearLeftOvers(m_host, LeftBy(ofFile, path, begun));
         }
-        return unwritten;
     }
 
-    void Settle(const RecordedFile& file, const std::string& path, Written written, Settlement& settlement) {
+    /// A new text that was left beside the file does not tell that the file was not written: it may be a copy
+    /// that somebody made since.
+    void Settle(const RecordedFile& file, const std::string& path, Settlement& settlement) {
         try {
-            SettleFile(PlanOf(file), Capture(m_host, path), Ending::Unknown, written, settlement);
+            SettleFile(PlanOf(file), Capture(m_host, path), Ending::Unknown, Written::Maybe, settlement);
         } catch (const Failure& failure) {
             SettleUnseen(file, settlement);
             m_host.Out().Warning(failure.what());

@@ -32,18 +32,17 @@ class LeftOvers {
         m_owners.insert(geteuid());
     }
 
-    /// `name` is the file's name in its directory. Returns whether there was a new text for it.
-    bool Clear(const std::string& name) {
+    /// `name` is the file's name in its directory.
+    void Clear(const std::string& name) {
         struct stat status = {};
         for (const std::string& owned : {name, name + ZETReserveSuffix}) {
             if (lstat(owned.c_str(), &status) == 0) m_owners.insert(status.st_uid);
         }
-        const bool hadNewText = ClearOne(name + ZETTemporarySuffix);
+        ClearOne(name + ZETTemporarySuffix);
         for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix})
             ClearOne(name + suffix + ZETTemporarySuffix);
         for (const std::string& copy : Copies(name))
             ClearOne(copy);
-        return hadNewText;
     }
 
   private:
@@ -60,21 +59,19 @@ class LeftOvers {
         return copies;
     }
 
-    /// Returns whether it was there, and the run's.
-    bool ClearOne(const std::string& leftOver) {
+    void ClearOne(const std::string& leftOver) {
         struct stat status = {};
-        if (lstat(leftOver.c_str(), &status) != 0) return false;
+        if (lstat(leftOver.c_str(), &status) != 0) return;
         const std::string shown = PartBeforeName(m_file.path) + BaseNameOf(leftOver);
         if (!IsOfTheRun(status) || !IsTextOfTheRun(leftOver, status)) {
             m_observer.Warning(
                 Words("%s: stays, as it cannot be what the run that was cut short left (look at it, and move "
                       "it away)",
                       shown));
-            return false;
+            return;
         }
         RemoveFile(leftOver);
         m_observer.Remark(Words("removed %s, which a run that was cut short left", shown));
-        return true;
     }
 
     bool IsOfTheRun(const struct stat& status) const {
@@ -106,18 +103,16 @@ class LeftOvers {
 
 }  // namespace
 
-bool ClearLeftOvers(Host& host, const CutShortFile& file) {
-    bool hadNewText = false;
+void ClearLeftOvers(Host& host, const CutShortFile& file) {
     try {
         LeftOvers leftOvers(host.Out(), file);
         FileInPlace(host.HostPaths().FindReal(file.path, host.TrustedAt(file.path)), file.path)
-            .Within([&](const std::string& name) { hadNewText = leftOvers.Clear(name); });
+            .Within([&](const std::string& name) { leftOvers.Clear(name); });
     } catch (const Failure& failure) {
         host.Out().Warning(failure.what());
     } catch (const EZETError& error) {
         host.Out().Warning(FailureOf(error).what());
     }
-    return hadNewText;
 }
 
 }  // namespace ZET::Deploy

@@ -24,9 +24,8 @@ struct CutShortFile {
 };
 
 /// Removes the temporary files that the run left beside the file, and reports it. What has the name of one,
-/// but is not surely the run's work, is reported and stays. Only under the product's lock. Returns whether
-/// the file's own new text was among them: then the run did not put it in place.
-bool ClearLeftOvers(Host& host, const CutShortFile& file);
+/// but is not surely the run's work, is reported and stays. Only under the product's lock.
+void ClearLeftOvers(Host& host, const CutShortFile& file);
 
 }  // namespace ZET::Deploy
 

@@ -13,7 +13,7 @@ enum class Ending {
     Unknown      ///< it failed, or was killed
 };
 
-/// Whether the command can have written a file. One that was killed cannot be asked.
+/// Whether the command can have written a file. One that was killed cannot be asked, and may have.
 enum class Written { Maybe, No };
 
 /// What a command that has not ended was going to do to the file.
