@@ -5,6 +5,7 @@
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/store/JournalFile.h"
 #include "deploy/state/store/Sqlite.h"
 #include "posix/OpenLimit.h"
 
@@ -135,7 +136,7 @@ Database::Database(const std::string& file, Access access) {
     const int flags = access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
     errno = 0;
     const int result = sqlite.open(NameOf(file, access).c_str(), &database,
-                                   flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+                                   flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, WayOfKeptJournal());
     m_database.reset(database);
     Require(result);
     sqlite.wantExtendedCodes(database, 1);

@@ -36,6 +36,9 @@ struct Sqlite {
     decltype(sqlite3_get_autocommit)* isOutside;  ///< of any transaction
     decltype(sqlite3_wal_hook)* tellJournal;
     decltype(sqlite3_db_status)* status;
+    decltype(sqlite3_vfs_find)* way;  ///< in which files are opened
+    decltype(sqlite3_vfs_register)* addWay;
+    decltype(sqlite3_vfs_unregister)* removeWay;
 
     Sqlite() {
         const Library library("libsqlite3.so.0", "libsqlite3-0");
@@ -66,6 +69,9 @@ struct Sqlite {
         library.Find(isOutside, "sqlite3_get_autocommit");
         library.Find(tellJournal, "sqlite3_wal_hook");
         library.Find(status, "sqlite3_db_status");
+        library.Find(way, "sqlite3_vfs_find");
+        library.Find(addWay, "sqlite3_vfs_register");
+        library.Find(removeWay, "sqlite3_vfs_unregister");
         // Nobody asks how much memory SQLite has, and counting it takes a lock for each piece: 2% of a
         // command's instructions. If the process uses the library already, this is too late, but harmless.
         configureAll(SQLITE_CONFIG_MEMSTATUS, 0);

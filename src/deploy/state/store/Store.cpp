@@ -135,7 +135,7 @@ bool Store::IsJournalLong() const {
     return !m_isSynced || m_database->JournalBefore() >= kLongJournal;
 }
 
-/// Leaves it to the entry, if one was opened: an entry costs three syncs then, or four.
+/// Leaves it to the entry, if one was opened: an entry costs two syncs then, or three.
 void Store::TakeJournalOverUnlessEntry() {
     if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }

@@ -118,7 +118,7 @@ std::unique_ptr<Database> OpenedToLook(const std::string& file, Database::Access
     return database;
 }
 
-/// In a journal that is left, an entry costs three syncs, or four where it is moved or begun anew, and a
+/// In a journal that is left, an entry costs two syncs, or three where it is moved or begun anew, and a
 /// reader never waits for a writer. Where that is not possible, the one that is cut short loses nothing in a
 /// power cut.
 void ChooseJournal(Database& database, const std::string& file) {
