@@ -38,52 +38,6 @@ teardown() {
     assert_file conf $'a=1\nb=mine\n'
 }
 
-# assert_stays REMEDY: conf goes back with --force alone.
-assert_stays() {
-    local text
-    text=$(<conf)
-    run_zet rollback-config -n
-    assert_status 1
-    run_zet -q rollback-config
-    assert_status 1
-    [[ $stderr == *"$HOST/conf: somebody changed a managed block in it, and it stays (--force $1)"* ]] || differ named "" "$stderr"
-    run_zet rollback-config --keep-edits conf
-    assert_success "$HOST/conf: edited, stays as it is"
-    assert_equal "$(<conf)" "$text"
-}
-
-@test "a file in which somebody changed the line of a block stays" {
-    sed -i 's/^a=3/a=hand/' conf
-    assert_stays "puts back what was there before"
-    zet -q rollback-config --force
-    assert_file conf $'a=1\nb=2\n'
-}
-
-@test "a file in which somebody removed what a block has replaced stays" {
-    sed -i '/PRE-ZET/d' conf
-    assert_stays "puts back what was there before"
-    zet -q rollback-config --force
-    assert_file conf $'a=1\nb=2\n'
-}
-
-@test "without a reserve, a file in which somebody changed a block loses its blocks with --force alone" {
-    rm conf.before_zet
-    sed -i 's/^a=3/a=hand/' conf
-    assert_stays "takes the blocks out all the same"
-    zet -q rollback-config --force
-    assert_file conf $'a=1\nb=2\n'
-}
-
-@test "a listed line that somebody changed goes back with --force alone" {
-    mkdir -p etc/targets.d
-    printf '[[edits]]\nfile = "%s"\nparam = "b"\nvalue = "3"\n' "$HOST/conf" >etc/targets.d/lines.toml
-    zet -q commit-config
-    sed -i 's/^b=3/b=hand/' conf
-    assert_stays "puts back what was there before"
-    zet -q rollback-config --force
-    assert_file conf $'a=1\nb=2\n'
-}
-
 @test "without a reserve the blocks are taken out" {
     printf 'x=1\n' >other
     zet -q param set --no-backup other x 2

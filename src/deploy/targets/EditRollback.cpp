@@ -1,7 +1,6 @@
 #include "deploy/targets/EditRollback.h"
 
 #include <algorithm>
-#include <functional>
 #include <set>
 
 #include "deploy/host/Failure.h"
@@ -10,7 +9,6 @@
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/Writers.h"
 #include "deploy/targets/BareLines.h"
-#include "deploy/targets/ChangedBlocks.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/UnmarkedEdits.h"
 #include "text/Lines.h"
@@ -57,22 +55,17 @@ bool Has(const std::vector<RememberedLine>& lines, std::string_view text) {
                        [&](const RememberedLine& line) { return line.line == text; });
 }
 
-using LineTest = std::function<bool(std::string_view line)>;
-
-/// Selects the lines of blocks that go: all but those of the other role. If somebody changed one of these,
-/// every block that this role has not set may be that one, and stays.
-LineTest LinesToGo(const LinesOfRoles& lines, const std::string& text) {
+/// The text without blocks but those of the other role. If somebody changed one of these, every block that
+/// this role has not set may be that one, and stays.
+std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
+    if (lines.others.empty()) return Text::WithoutBlocks(text);
     const std::set<std::string> blocks = BlockLinesOf(text);
     const bool areAllThere =
         std::all_of(lines.others.begin(), lines.others.end(),
                     [&](const RememberedLine& line) { return blocks.contains(line.line); });
-    return [&lines, areAllThere](std::string_view line) {
+    return Text::WithoutBlocksOf(text, [&](std::string_view line) {
         return !Has(lines.others, line) && (areAllThere || Has(lines.own, line));
-    };
-}
-
-std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text, const LineTest& isToGo) {
-    return lines.others.empty() ? Text::WithoutBlocks(text) : Text::WithoutBlocksOf(text, isToGo);
+    });
 }
 
 bool HasFormerLines(std::string_view text) {
@@ -116,13 +109,10 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     if (mayGoBack && isForced) return {Way::Reserve};
     if (const auto damage = Text::FindDamage(text))
         throw Failure(Text::ProblemOf(file.path, *damage, product.Wanted().program, file.path));
-    const LineTest isToGo = LinesToGo(lines, text);
-    edit.text = WithoutOwnBlocks(lines, text, isToGo);
+    edit.text = WithoutOwnBlocks(lines, text);
     edit.hasBlocks = !BlockLinesOf(text).empty();
     // A killed run may have kept the original, and done no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
-    if (!isForced && !isAsLeft && known != nullptr && HasChangedBlocks(product, *known, text, isToGo))
-        return {Way::KeepEdited};
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
     // Whoever wrote the file in between, nothing of theirs is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};

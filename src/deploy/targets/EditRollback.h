@@ -17,7 +17,6 @@ struct EditToTakeBack {
         Blocks,            ///< the product's blocks go, and all other lines stay
         Forget,            ///< nothing of the product's is left in it
         Keep,              ///< nobody can tell which part is the product's
-        KeepEdited,        ///< somebody changed what the product set
         LeaveIrregular,    ///< it is no regular file any more
         LeaveToOtherRole,  ///< only the other role has set lines there
         HandOver           ///< the other role's lines stay, and nothing of this role's is left

@@ -129,9 +129,6 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
         case EditToTakeBack::Way::Keep:
             Keep(step, WordsOfKept(step.file, Force(step.file)));
             break;
-        case EditToTakeBack::Way::KeepEdited:
-            KeepEdited(step);
-            break;
         case EditToTakeBack::Way::LeaveIrregular:
             Keep(step, _("is no regular file, stays as it is"));
             break;

@@ -3,7 +3,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/targets/TakeBack.h"
 #include "text/ShellWord.h"
-#include "zet/ZETFiles.h"
 
 // Which files stay though they should go back, and what is reported of them.
 namespace ZET::Deploy {
@@ -37,14 +36,6 @@ void TakeBack::KeepEdited(TakeBackStep& step) const {
     if (m_known.IsAsLeft(step.file.path))
         words =
             ZET_TEXT("%s: holds edits that a commit merged, and stays (%s puts back what was there before)");
-    if (step.file.isEdit)
-        words = IsFileExist(step.file.Reserve())
-                    ? ZET_TEXT(
-                          "%s: somebody changed a managed block in it, and it stays (%s puts back what was "
-                          "there before)")
-                    : ZET_TEXT(
-                          "%s: somebody changed a managed block in it, and it stays (%s takes the blocks "
-                          "out all the same)");
     if (isUntold)
         words = ZET_TEXT(
             "%s: may have been edited since it was committed, and stays (%s puts back what was there "
