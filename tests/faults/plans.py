@@ -48,7 +48,7 @@ CLEARING = ("unlink", "unlinkat", "rmdir", "getdents64", "openat", "newfstatat",
 # Without --long, one of so many is taken.
 STEP_OF_OTHER_ERRORS = 7
 STEP_OF_BROKEN_DISKS = 11
-STEP_OF_ALLOCATIONS = 5
+STEP_OF_ALLOCATIONS = 9
 STEP_OF_STARVATIONS = 15
 STEP_OF_EARLY_ALLOCATIONS = 29  # before the command looks at the host, where all commands do the same
 
