@@ -9,8 +9,8 @@ namespace ZET::Cli {
 
 namespace {
 
-constexpr const char* kTargetStates[] = {"in sync",       "pending", "edited", "missing",
-                                         "not committed", "differs", "unknown"};
+constexpr const char* kCountedStates[] = {"in sync",       "pending", "edited", "missing",
+                                          "not committed", "differs", "unknown"};
 constexpr const char* kLineStates[] = {"in sync", "pending", "edited", "missing", "not committed", "unknown"};
 constexpr const char* kEditStates[] = {"in place", "changed", "gone", "missing"};
 
@@ -66,7 +66,7 @@ std::string MetricsOf(Deploy::Role role, const Deploy::RoleStatus& status,
         text.Sample(isInSync ? 1 : 0);
     }
     text.Family("zet_targets", "Targets of the role in each state.");
-    AddStates(text, kTargetStates, states.targets);
+    AddStates(text, kCountedStates, states.targets);
     if (states.isHistoryRead) {
         text.Family("zet_edits", "Files of the host that were edited in place, in each state.");
         AddStates(text, kEditStates, states.edits);

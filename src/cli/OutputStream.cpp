@@ -15,8 +15,8 @@ namespace ZET::Cli {
 namespace {
 
 constexpr std::size_t kMostKept = std::size_t{64} << 10;
-constexpr int kSignalInterval = 250;  // ms; a signal just before the wait does not interrupt it
-constexpr int kPatience = 2000;       // ms; how long to wait for a reader after a signal
+constexpr int kSignalInterval = 250;       // ms; a signal just before the wait does not interrupt it
+constexpr int kPatienceWithReader = 2000;  // ms; how long to wait for a reader after a signal
 
 }  // namespace
 
@@ -67,7 +67,7 @@ bool OutputStream::WaitForRoom() noexcept {
     }
     int count = 0;
     do {
-        count = poll(&room, 1, kPatience);
+        count = poll(&room, 1, kPatienceWithReader);
     } while (count < 0 && errno == EINTR);
     return count != 0;
 }

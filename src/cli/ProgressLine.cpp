@@ -7,13 +7,15 @@ namespace ZET::Cli {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{1};
+constexpr std::chrono::seconds kTimeWithoutLine{1};
 constexpr std::chrono::milliseconds kInterval{100};
 
 }  // namespace
 
 ProgressLine::ProgressLine(OutputStream& output, bool isWanted)
-    : m_output(output), m_isWanted(isWanted && output.IsTerminal()), m_next(Clock::now() + kPatience) {}
+    : m_output(output),
+      m_isWanted(isWanted && output.IsTerminal()),
+      m_next(Clock::now() + kTimeWithoutLine) {}
 
 void ProgressLine::Show(std::size_t done, std::size_t total) {
     if (!m_isWanted || Clock::now() < m_next) return;

@@ -5,23 +5,22 @@
 #include "Catalogues.h"
 #include "Message.h"
 #include "StatusWriter.h"
+#include "core/Catalogues.h"
 
 namespace ZET::Core {
 
 namespace {
 
-constexpr char kDomain[] = "libzet-core";
-
 /// Binds the message catalogue before the first message can arise.
 const std::string& WithCatalogue(const std::string& configFile) {
-    BindCatalogue(kDomain);
+    BindCatalogue(kOwnCatalogue);
     return configFile;
 }
 
 }  // namespace
 
 CZETCore::CZETCore() {
-    BindCatalogue(kDomain);
+    BindCatalogue(kOwnCatalogue);
     m_syncing.Set(m_parameters.Sync());
 }
 

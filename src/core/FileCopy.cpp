@@ -17,6 +17,7 @@
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
+#include "core/Characters.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
 #include "posix/ReadWrite.h"
@@ -61,7 +62,7 @@ std::string CopyStem(const std::string& to) {
 }
 
 bool IsLetterOrDigit(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    return IsLetter(c) || IsDigit(c);
 }
 
 /// A copy under a unique name, removed unless it gets its final name.

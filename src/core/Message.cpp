@@ -10,14 +10,13 @@
 #include <functional>
 #include <memory>
 
+#include "core/Catalogues.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
 
 namespace ZET::Core {
 
 namespace {
-
-constexpr char kDomain[] = "libzet-core";
 
 std::string FormatList(const char* text, std::va_list arguments) __attribute__((format(printf, 1, 0)));
 
@@ -41,7 +40,7 @@ void InReadersLanguage(const std::function<void()>& make) {
 std::string FormatList(const char* text, std::va_list arguments) {
     char* formatted = nullptr;
     InReadersLanguage([&] {
-        if (vasprintf(&formatted, dgettext(kDomain, text), arguments) < 0) formatted = nullptr;
+        if (vasprintf(&formatted, dgettext(kOwnCatalogue, text), arguments) < 0) formatted = nullptr;
     });
     const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
     return formatted != nullptr ? formatted : "";
@@ -51,7 +50,7 @@ std::string FormatList(const char* text, std::va_list arguments) {
 
 std::string Translated(const char* text) {
     std::string translated;
-    InReadersLanguage([&] { translated = dgettext(kDomain, text); });
+    InReadersLanguage([&] { translated = dgettext(kOwnCatalogue, text); });
     return translated;
 }
 

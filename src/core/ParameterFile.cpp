@@ -8,6 +8,7 @@
 
 #include "Message.h"
 #include "PathArgument.h"
+#include "core/Characters.h"
 #include "posix/Descriptor.h"
 #include "posix/Printable.h"
 #include "posix/ReadWrite.h"
@@ -28,12 +29,8 @@ namespace {
 /// What "\s" stands for in a regular expression.
 constexpr std::string_view kBlanks = " \t\v\f\r";
 
-bool IsLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
+bool IsLetterOfName(char c) {
+    return IsLetter(c) || c == '_';
 }
 
 /// Never blocks: anything but a regular file is refused.
@@ -81,7 +78,7 @@ ParameterLine SplitLine(const std::string& path, std::size_t number, std::string
 bool IsParameterName(std::string_view name) {
     if (name.empty() || IsDigit(name.front())) return false;
     for (const char c : name)
-        if (!IsLetter(c) && !IsDigit(c)) return false;
+        if (!IsLetterOfName(c) && !IsDigit(c)) return false;
     return true;
 }
 

@@ -11,6 +11,7 @@
 #include "Message.h"
 #include "ParameterTable.h"
 #include "RegEx.h"
+#include "core/Characters.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETHost.h"
@@ -21,14 +22,6 @@ namespace {
 
 constexpr std::size_t kLongestLabel = 63;
 constexpr std::size_t kLongestDomain = 253;
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool IsLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 /// Cuts the part before the next `separator`, and the separator itself, off `rest`.
 std::string_view TakePart(std::string_view& rest, char separator) {
@@ -235,7 +228,7 @@ std::string ListOf(const std::vector<std::string>& words) {
     return list;
 }
 
-struct Kind {
+struct KindRules {
     ZETParameterKind kind;
     const char* name;
     const char* inWords;
@@ -249,7 +242,7 @@ bool Judge(const ZETParameter& /*parameter*/, const std::string& value) {
     return judge(value);
 }
 
-constexpr Kind kKinds[] = {
+constexpr KindRules kKinds[] = {
     {ZETParameterKind::DomainName, "domain name", CORE_TEXT("a domain name"),
      CORE_TEXT("write it like example.org"), Judge<IsDomainName>},
     {ZETParameterKind::HostName, "host name", CORE_TEXT("a host name"),
@@ -275,9 +268,9 @@ constexpr Kind kKinds[] = {
      [](const ZETParameter& parameter, const std::string& value) { return IsOneOf(parameter.words, value); }},
 };
 
-const Kind& Find(ZETParameterKind kind) {
+const KindRules& Find(ZETParameterKind kind) {
     return *std::find_if(std::begin(kKinds), std::end(kKinds),
-                         [&](const Kind& each) { return each.kind == kind; });
+                         [&](const KindRules& each) { return each.kind == kind; });
 }
 
 }  // namespace

@@ -22,9 +22,9 @@ bool IsForTemplates(const ParameterEntry& entry, std::string_view value) {
     return entry.isForTemplates && value.find("${") != std::string_view::npos;
 }
 
-using Problem = std::optional<ZETParameterProblem>;
+using MaybeProblem = std::optional<ZETParameterProblem>;
 
-Problem ProblemOfKind(const ParameterEntry& entry, const std::string& value) {
+MaybeProblem ProblemOfKind(const ParameterEntry& entry, const std::string& value) {
     if (value.empty() ? entry.mayBeEmpty : IsForTemplates(entry, value)) return std::nullopt;
     const ZETParameter parameter = Described(entry);
     if (!value.empty() && IsOfKind(parameter, value)) return std::nullopt;
@@ -39,7 +39,7 @@ Problem ProblemOfKind(const ParameterEntry& entry, const std::string& value) {
 
 /// The core warns of a flag that it does not understand and uses the default. Refusing it would keep every
 /// host from starting once it is in the file, and dropping it would lose what somebody wrote.
-Problem ProblemOfFlag(std::string_view key, std::string_view value) {
+MaybeProblem ProblemOfFlag(std::string_view key, std::string_view value) {
     const ParameterEntry* entry = FindParameter(key);
     if (entry == nullptr || entry->kind != ZETParameterKind::YesNo || ReadFlag(value)) return std::nullopt;
     return {{Message("'%s' is no value for %s and counts as %s", Printable(value).c_str(), entry->name,
@@ -69,7 +69,7 @@ Parameters::Parameters() : m_values{{kConfigFile, ""}} {}
 Parameters::Parameters(const std::string& file) {
     RequirePath(file, "CZETHost");
     ReadParameterFile(file, [&](const ParameterLine& line) {
-        if (const Problem problem = ProblemOfFlag(line.name, line.value))
+        if (const MaybeProblem problem = ProblemOfFlag(line.name, line.value))
             Warn("%s:%zu: %s (%s)", file.c_str(), line.number, problem->text.c_str(),
                  problem->remedy.c_str());
         if (line.name == kConfigFile)
@@ -124,7 +124,7 @@ void Parameters::Update(const std::string& key, const std::string& value) {
         FailCheck("The value of parameter '%s' holds a line feed or a NUL byte.", key.c_str());
     if (key == kConfigFile && value != *Find(kConfigFile))
         FailCheck("Parameter '%s' cannot be changed.", kConfigFile);
-    if (const Problem problem = ProblemOfFlag(key, value))
+    if (const MaybeProblem problem = ProblemOfFlag(key, value))
         Warn("%s (%s)", problem->text.c_str(), problem->remedy.c_str());
     m_values.insert_or_assign(key, value);
 }

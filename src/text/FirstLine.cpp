@@ -8,7 +8,7 @@ namespace ZET::Text {
 
 namespace {
 
-std::string_view WithoutBlanks(std::string_view text) {
+std::string_view WithoutUsualBlanks(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(kUsualBlanks), text.size()));
     return text.substr(0, text.find_last_not_of(kUsualBlanks) + 1);
 }
@@ -16,7 +16,7 @@ std::string_view WithoutBlanks(std::string_view text) {
 /// Other formats have lines like "{ a", "{% a %}", "[[a]]" and "["a b"]".
 bool BeginsJson(std::string_view text) {
     if (!text.starts_with('{') && !text.starts_with('[')) return false;
-    const std::string_view next = WithoutBlanks(text.substr(1));
+    const std::string_view next = WithoutUsualBlanks(text.substr(1));
     if (next.empty()) return true;
     if (text.front() == '{') return next.front() == '"' || next.front() == '}';
     return next.front() == '{' || (next.front() == '"' && next.find("\",") != std::string_view::npos);
@@ -40,7 +40,7 @@ bool MustComeFirst(std::string_view line) {
     for (const std::string_view start :
          {std::string_view("#!"), std::string_view("<?"), std::string_view("<!"), kByteOrderMark})
         if (line.starts_with(start)) return true;
-    return BeginsJson(WithoutBlanks(line));
+    return BeginsJson(WithoutUsualBlanks(line));
 }
 
 }  // namespace ZET::Text

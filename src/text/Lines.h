@@ -17,6 +17,9 @@ inline constexpr std::string_view kBlanks = " \t\v\f\r";
 /// Those of them that count where a vertical tab or a form feed is text.
 inline constexpr std::string_view kUsualBlanks = " \t\r";
 
+/// What most formats begin a comment with.
+inline constexpr std::string_view kCommentStarts = "#;";
+
 struct TextLine {
     std::string_view text;    ///< without the line feed
     bool hasLineFeed = true;  ///< false only for the last line, if at all

@@ -14,8 +14,6 @@ namespace {
 
 using Form = ParamLine::Form;
 
-constexpr std::string_view kCommentStarts = "#;";
-
 /// Removes these bytes from the front; true if there were any.
 bool Skip(std::string_view& line, std::string_view bytes) {
     const std::size_t count = std::min(line.find_first_not_of(bytes), line.size());

@@ -8,8 +8,6 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::string_view kCommentStarts = "#;";
-
 std::string_view WithoutBlanks(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     text.remove_suffix(text.size() - (text.find_last_not_of(kBlanks) + 1));

@@ -43,7 +43,7 @@ std::string ReserveBeside(const FileOutcome& outcome) {
     return outcome.result == FileOutcome::Result::Unchanged ? ReserveOf(outcome.path) : "";
 }
 
-void TellTarget(Session& session, const FileOutcome& outcome) {
+void TellCommitted(Session& session, const FileOutcome& outcome) {
     if (session.Asked().json) {
         FileOutcome entry = outcome;
         entry.reserve = ReserveBeside(outcome);
@@ -58,7 +58,7 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
 int CommitConfig(Session& session, const CommitOptions& asked) {
     session.Wanted().runsChecksOfTree = asked.runChecks;
     const SignalGuard signals;
-    BeginTargets(session, TellTarget);
+    BeginTargets(session, TellCommitted);
     session.Out().Set("checks_not_run", nullptr);
     session.Out().AddList("problems");
     const StringMap assumed = ParseAssignments(asked.assignments, "--set");

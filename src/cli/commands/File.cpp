@@ -19,7 +19,7 @@ struct ListOptions {
     bool null = false;
 };
 
-int ListAll(Session& session, const ListOptions& asked) {
+int ListReserves(Session& session, const ListOptions& asked) {
     Report& out = session.Out();
     out.AddList("originals");
     if (asked.null && session.Asked().json)
@@ -47,7 +47,7 @@ int Reserve(Session& session, const FileOptions& asked) {
     return ReportFile(session, ReserveFile(session.Product(), asked.file));
 }
 
-int Restore(Session& session, const FileOptions& asked) {
+int RestoreReserved(Session& session, const FileOptions& asked) {
     BeginFileReport(session);
     return ReportFile(session, RestoreFile(session.Product(), asked.file, asked));
 }
@@ -70,10 +70,10 @@ void RegisterFile(CommandLine& line) {
     AddNoBackup(strip);
     AddForce(strip);
     add("reserve", "Keep the file as it is now", Reserve);
-    add("restore", "Put the reserve back", Restore).Flag("--force", &EditOptions::force, kForceHelp);
+    add("restore", "Put the reserve back", RestoreReserved).Flag("--force", &EditOptions::force, kForceHelp);
     auto forget = add("forget", "Drop the reserve", Forget);
     AddForce(forget);
-    family.Add<ListOptions>("list", "List the reserves of the files that the history knows", ListAll)
+    family.Add<ListOptions>("list", "List the reserves of the files that the history knows", ListReserves)
         .Flag("--null", &ListOptions::null, "End each name by a NUL byte, and print it as it is");
 }
 

@@ -16,7 +16,7 @@ struct LineOptions : SectionOptions {
     std::string line;
 };
 
-int Get(Session& session, const LineOptions& asked) {
+int GetGivenLine(Session& session, const LineOptions& asked) {
     session.Out().Set("file", asked.file);
     session.Out().Set("path", nullptr);
     session.Out().Set("pattern", asked.pattern);
@@ -31,13 +31,13 @@ int Get(Session& session, const LineOptions& asked) {
                         GetLine(session.Product(), path, asked.pattern, section));
 }
 
-int Set(Session& session, const LineOptions& asked) {
+int SetGivenLine(Session& session, const LineOptions& asked) {
     BeginFileReport(session);
     return ReportFile(session,
                       SetLine(session.Product(), asked.file, asked.pattern, asked.line, OptionsOf(asked)));
 }
 
-int Restore(Session& session, const LineOptions& asked) {
+int RestoreGivenLine(Session& session, const LineOptions& asked) {
     BeginFileReport(session);
     return ReportFile(session, RestoreLine(session.Product(), asked.file, asked.pattern, OptionsOf(asked)));
 }
@@ -54,11 +54,11 @@ void RegisterLine(CommandLine& line) {
         AddSection(command);
         return command;
     };
-    add("get", "Print the first line that matches", Get);
-    auto set = add("set", "Set every line that matches", Set);
+    add("get", "Print the first line that matches", GetGivenLine);
+    auto set = add("set", "Set every line that matches", SetGivenLine);
     set.Text("LINE", &LineOptions::line, "The new text");
     AddEditOptions(set);
-    auto restore = add("restore", "Bring back former lines that match", Restore);
+    auto restore = add("restore", "Bring back former lines that match", RestoreGivenLine);
     AddRestoreOptions(restore);
 }
 

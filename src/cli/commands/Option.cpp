@@ -20,7 +20,7 @@ bool IsCertain(Deployment& product, const std::string& name) {
            FindGiven(product.Values().GivenByMain(), name) != nullptr;
 }
 
-int Get(Session& session, const OptionWords& asked) {
+int GetOption(Session& session, const OptionWords& asked) {
     session.Out().Set("name", asked.name);
     BeginLookup(session, "value");
     Deployment& product = session.Product();
@@ -30,19 +30,19 @@ int Get(Session& session, const OptionWords& asked) {
     return ReportLookup(session, Filled(_("there is no parameter \"%s\""), {asked.name}), "value", value);
 }
 
-int Set(Session& session, const OptionWords& asked) {
+int SetOption(Session& session, const OptionWords& asked) {
     session.Wanted().mendsParameters = true;
     BeginFileReport(session);
     return ReportFile(session, SetOption(session.Product(), asked.name, asked.value));
 }
 
-int Unset(Session& session, const OptionWords& asked) {
+int UnsetOption(Session& session, const OptionWords& asked) {
     session.Wanted().mendsParameters = true;
     BeginFileReport(session);
     return ReportFile(session, UnsetOption(session.Product(), asked.name));
 }
 
-int ListAll(Session& session, const NoWords&) {
+int ListParameters(Session& session, const NoWords&) {
     session.Out().Set("options", nullptr);
     session.Out().AddList("sources");
     Deployment& product = session.Product();
@@ -60,13 +60,13 @@ int ListAll(Session& session, const NoWords&) {
 
 void RegisterOption(CommandLine& line) {
     auto family = line.Family("option", "The product's main configuration file", Subject::Product);
-    family.Add<OptionWords>("get", "Print the value of a parameter", Get)("NAME", &OptionWords::name,
-                                                                          "The parameter");
-    family.Add<OptionWords>("set", "Set a parameter", Set)("NAME", &OptionWords::name, "The parameter")
+    family.Add<OptionWords>("get", "Print the value of a parameter", GetOption)("NAME", &OptionWords::name,
+                                                                                "The parameter");
+    family.Add<OptionWords>("set", "Set a parameter", SetOption)("NAME", &OptionWords::name, "The parameter")
         .Text("VALUE", &OptionWords::value, "Its value");
-    family.Add<OptionWords>("unset", "Remove the lines of a parameter", Unset)("NAME", &OptionWords::name,
-                                                                               "The parameter");
-    family.Add<NoWords>("list", "List the parameters, and where each comes from", ListAll);
+    family.Add<OptionWords>("unset", "Remove the lines of a parameter", UnsetOption)(
+        "NAME", &OptionWords::name, "The parameter");
+    family.Add<NoWords>("list", "List the parameters, and where each comes from", ListParameters);
 }
 
 }  // namespace ZET::Cli

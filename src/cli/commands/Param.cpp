@@ -16,7 +16,7 @@ struct GivenParam : SectionOptions {
     std::string value;
 };
 
-int Get(Session& session, const GivenParam& asked) {
+int GetGivenParam(Session& session, const GivenParam& asked) {
     session.Out().Set("file", asked.file);
     session.Out().Set("path", nullptr);
     session.Out().Set("name", asked.name);
@@ -31,18 +31,18 @@ int Get(Session& session, const GivenParam& asked) {
                         GetParam(session.Product(), path, asked.name, section));
 }
 
-int Set(Session& session, const GivenParam& asked) {
+int SetGivenParam(Session& session, const GivenParam& asked) {
     BeginFileReport(session);
     return ReportFile(session,
                       SetParam(session.Product(), asked.file, asked.name, asked.value, OptionsOf(asked)));
 }
 
-int Unset(Session& session, const GivenParam& asked) {
+int UnsetGivenParam(Session& session, const GivenParam& asked) {
     BeginFileReport(session);
     return ReportFile(session, UnsetParam(session.Product(), asked.file, asked.name, OptionsOf(asked)));
 }
 
-int Restore(Session& session, const GivenParam& asked) {
+int RestoreGivenParam(Session& session, const GivenParam& asked) {
     BeginFileReport(session);
     return ReportFile(session, RestoreParam(session.Product(), asked.file, asked.name, OptionsOf(asked)));
 }
@@ -58,13 +58,13 @@ void RegisterParam(CommandLine& line) {
         AddSection(command);
         return command;
     };
-    add("get", "Print the value of a parameter", Get);
-    auto set = add("set", "Set a parameter", Set);
+    add("get", "Print the value of a parameter", GetGivenParam);
+    auto set = add("set", "Set a parameter", SetGivenParam);
     set.Text("VALUE", &GivenParam::value, "The new text");
     AddEditOptions(set);
-    auto unset = add("unset", "Comment a parameter out", Unset);
+    auto unset = add("unset", "Comment a parameter out", UnsetGivenParam);
     AddEditOptions(unset);
-    auto restore = add("restore", "Bring back a parameter's former line", Restore);
+    auto restore = add("restore", "Bring back a parameter's former line", RestoreGivenParam);
     AddRestoreOptions(restore);
 }
 

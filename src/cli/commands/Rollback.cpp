@@ -20,7 +20,7 @@ struct RollbackOptions {
     bool merge = false;
 };
 
-void TellTarget(Session& session, const FileOutcome& outcome) {
+void TellTakenBack(Session& session, const FileOutcome& outcome) {
     if (!session.Asked().quiet || outcome.IsChange() || outcome.result == FileOutcome::Result::Failed)
         session.Out().Line(outcome.path + ": " + outcome.remark);
     TellDiff(session.Out(), outcome.diff);
@@ -42,7 +42,7 @@ int RollBackToEntry(Session& session, const RollbackOptions& asked) {
 
 int RollbackConfig(Session& session, const RollbackOptions& asked) {
     if (!asked.entry.empty()) return RollBackToEntry(session, asked);
-    BeginTargets(session, TellTarget);
+    BeginTargets(session, TellTakenBack);
     if (asked.merge)
         throw UsageError(_("--merge goes with --to alone (--keep-edits leaves what was edited)"));
     if (asked.force && asked.keepEdits)

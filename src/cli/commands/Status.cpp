@@ -30,7 +30,7 @@ constexpr char kInPlace[] = ZET_TEXT("in place");
 constexpr char kUnknown[] = ZET_TEXT("unknown");
 
 /// The other states, as the library names them, marked for translation.
-[[maybe_unused]] constexpr const char* kStates[] = {
+[[maybe_unused]] constexpr const char* kTargetStates[] = {
     ZET_TEXT("pending"), ZET_TEXT("edited"), ZET_TEXT("missing"), ZET_TEXT("not committed"),
     ZET_TEXT("changed"), ZET_TEXT("gone"),   ZET_TEXT("differs")};
 [[maybe_unused]] constexpr const char* kReasons[] = {

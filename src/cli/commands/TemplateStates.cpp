@@ -13,7 +13,7 @@ namespace ZET::Cli {
 namespace {
 
 /// The states of working copies as the library names them, marked for translation.
-[[maybe_unused]] constexpr const char* kStates[] = {
+[[maybe_unused]] constexpr const char* kTemplateStates[] = {
     ZET_TEXT("current"), ZET_TEXT("newer shipped"), ZET_TEXT("edited, newer shipped"),
     ZET_TEXT("own"),     ZET_TEXT("not installed"), ZET_TEXT("not shipped")};
 
@@ -36,7 +36,7 @@ std::string PlacesOf(const ListedTemplate& listed) {
     return text;
 }
 
-int ListAll(Session& session, const NoWords&) {
+int ListTemplates(Session& session, const NoWords&) {
     Report& out = session.Out();
     out.AddList("templates");
     for (const ListedTemplate& listed : ListTemplates(session.Product())) {
@@ -121,7 +121,7 @@ int Diff(Session& session, const NamedTemplates& asked) {
 }  // namespace
 
 void AddTemplateStates(CommandFamily& family) {
-    family.Add<NoWords>("list", "List the templates, their targets and roles", ListAll);
+    family.Add<NoWords>("list", "List the templates, their targets and roles", ListTemplates);
     family
         .Add<NamedTemplates>("status", "Tell which working copies are edited, and what is newer", TellStates)
         .Any("NAME", &NamedTemplates::names, "Only these templates");

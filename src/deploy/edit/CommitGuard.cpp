@@ -31,8 +31,9 @@ std::string TroubleOfLists(Host& host) {
 }
 
 /// The lines of a file that an edit of the lists is about, wherever they stand.
-std::vector<std::pair<std::string, bool>> LinesOf(const RememberedLine& edit,
-                                                  const std::vector<LineInPlace>& places, IZETCore& core) {
+std::vector<std::pair<std::string, bool>> SelectedLinesOf(const RememberedLine& edit,
+                                                          const std::vector<LineInPlace>& places,
+                                                          IZETCore& core) {
     const bool isParam = edit.selector.starts_with("param ");
     const std::string pattern = isParam ? ZETEditOpening + edit.Chosen() + "=" : edit.Chosen();
     std::vector<std::pair<std::string, bool>> lines;
@@ -42,8 +43,8 @@ std::vector<std::pair<std::string, bool>> LinesOf(const RememberedLine& edit,
 }
 
 /// The command that takes the file back, which is that of a role that has it.
-std::string Rollback(const Host& host, const std::string& path, const KnownFile& known,
-                     const std::string& command = "rollback-config ") {
+std::string WordsOfRollback(const Host& host, const std::string& path, const KnownFile& known,
+                            const std::string& command = "rollback-config ") {
     const std::string words = command + Text::ShellWord(host.HostPaths().NameInside(path));
     const std::set<Role>& roles = known.state.knowledge.roles;
     if (roles.contains(host.Role())) return words;
@@ -76,10 +77,10 @@ void CommitGuard::RequireNoMark(Deployment& product, const std::string& path, co
         return;
     }
     if (!known || !known->state.knowledge.IsCommitted()) return;
-    throw Failure(
-        {.file = path,
-         .text = _("was made by a commit, and there was no such file before"),
-         .remedy = Words("take it back with \"%s\", or use --force", Rollback(product, path, *known))});
+    throw Failure({.file = path,
+                   .text = _("was made by a commit, and there was no such file before"),
+                   .remedy = Words("take it back with \"%s\", or use --force",
+                                   WordsOfRollback(product, path, *known))});
 }
 
 /// Without a history that can be used, nobody can tell; the edit keeps its reserve.
@@ -103,9 +104,9 @@ void CommitGuard::RequireNoTarget(const KnownFile& known, Scope scope) const {
                 ? Words(
                       "put it into the lists again, give up what was there before with \"%s\", or use "
                       "--force",
-                      Rollback(m_product, m_path, known, "rollback-config --force "))
+                      WordsOfRollback(m_product, m_path, known, "rollback-config --force "))
                 : Words("put it into the lists again, take it back with \"%s\", or use --force",
-                        Rollback(m_product, m_path, known));
+                        WordsOfRollback(m_product, m_path, known));
         Refuse(_("was made by a commit, and no list has it any more"), remedy);
     }
     const std::set<Role>& roles = known.state.knowledge.roles;
@@ -154,7 +155,8 @@ void CommitGuard::RequireKept(const std::string& made) const {
     const std::vector<LineInPlace> before = LinesIn(Text::ManagedText(ReadFileBytes(m_path)));
     const std::vector<LineInPlace> after = LinesIn(Text::ManagedText(ReadFileBytes(made)));
     for (const RememberedLine& line : m_lines) {
-        if (LinesOf(line, before, m_product.Core()) == LinesOf(line, after, m_product.Core())) continue;
+        if (SelectedLinesOf(line, before, m_product.Core()) == SelectedLinesOf(line, after, m_product.Core()))
+            continue;
         RequireTellingLists();
         const ListedEdit* const edit = EntryOf(m_product, m_path, line);
         if (edit == nullptr)

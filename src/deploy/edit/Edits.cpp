@@ -78,8 +78,8 @@ void RequireWholeLine(const std::string& text, const std::string& what) {
             "%s ends with \"\\\", and the line after it would be a part of it (--force sets it)", what));
 }
 
-std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
-                      const std::string& line) {
+std::string LineWithEnd(Observer& observer, const std::string& path, const Text::TextToEdit& text,
+                        const std::string& line) {
     const Text::LineEnds& ends = text.ends;
     if (ends.otherLine != 0) {
         const char* const how =

@@ -34,8 +34,8 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
 void RequireWholeLine(const std::string& text, const std::string& what);
 
 /// The line with an end like those of the text. Warns if the text has mixed ends.
-std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
-                      const std::string& line);
+std::string LineWithEnd(Observer& observer, const std::string& path, const Text::TextToEdit& text,
+                        const std::string& line);
 
 /// Saves without a reserve.
 void SaveEdited(IZETConfigFile& file);

@@ -113,7 +113,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     JudgeParting(product.Out(), edit.Path(), PartedLines(found, given, options.noMarkers), options.force);
     if (!options.section) TellSections(product.Out(), edit.Path(), found);
     if (!found.isAnySelected) TellLineNotFoundAgain(product.Out(), edit.Path(), product.Core(), given);
-    const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);
+    const std::string newLine = LineWithEnd(product.Out(), edit.Path(), edit.Text(), line);
     RequireNoReturnBehindLine(product.Core(), edit.Path(), selection, newLine);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetLine(selection, newLine); });
 }

@@ -157,7 +157,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     JudgeParting(product.Out(), edit.Path(),
                  LinesPartedBySet(edit.Found(), options.noMarkers, Text::GoesOn(value)), options.force);
     TellLinesToSet(product.Out(), edit.Found(), _("\"line set\" with a PATTERN sets one"));
-    const std::string line = LineToSet(product.Out(), edit.Path(), edit.Text(), value);
+    const std::string line = LineWithEnd(product.Out(), edit.Path(), edit.Text(), value);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetParamValue(name, line); });
 }
 

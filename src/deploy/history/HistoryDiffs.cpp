@@ -12,9 +12,9 @@ namespace ZET::Deploy {
 
 namespace {
 
-class Comparison {
+class DiffsOfHistory {
   public:
-    explicit Comparison(Deployment& product) : m_reader(product) {}
+    explicit DiffsOfHistory(Deployment& product) : m_reader(product) {}
 
     const HistoryReader& Reader() const { return m_reader; }
 
@@ -85,7 +85,7 @@ RecordedFile Reversed(RecordedFile file) {
     return file;
 }
 
-std::vector<RecordedFile> ComparedFiles(const Comparison& comparison, std::int64_t number,
+std::vector<RecordedFile> ComparedFiles(const DiffsOfHistory& comparison, std::int64_t number,
                                         std::optional<std::int64_t> to) {
     if (!to) return comparison.Reader().FilesOf(number);
     const auto [older, newer] = std::minmax(number, *to);
@@ -99,7 +99,7 @@ std::vector<RecordedFile> ComparedFiles(const Comparison& comparison, std::int64
 
 std::vector<HistoryDiff> DiffHistory(Deployment& product, std::int64_t number, std::optional<std::int64_t> to,
                                      const std::string& file) {
-    Comparison comparison(product);
+    DiffsOfHistory comparison(product);
     comparison.Reader().Entry(number);
     if (to) comparison.Reader().Entry(*to);
     const std::string name = file.empty() ? "" : comparison.Reader().NameOf(file);

@@ -67,6 +67,12 @@ FileState StateOf(const std::string& path) {
     return StateIn(AT_FDCWD, path, path);
 }
 
+struct stat StatusOfOpened(int descriptor, const std::string& path) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
+    return status;
+}
+
 FileState StateIn(int directory, const std::string& name, const std::string& path) {
     struct stat status = {};
     return Look(directory, name, path, status) ? StateFrom(status) : FileState();

@@ -19,6 +19,9 @@ FileState StateOf(const std::string& path);
 /// The same for a name in an open directory; `path` is for the message.
 FileState StateIn(int directory, const std::string& name, const std::string& path);
 
+/// The status of an open file; `path` is for the message. Throws a `Failure` if it cannot be had.
+struct stat StatusOfOpened(int descriptor, const std::string& path);
+
 /// From a status that was read already; none if there is no such file.
 FileState StateFrom(const std::optional<struct stat>& status);
 

@@ -14,12 +14,12 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr int kConflicts = 1;
-constexpr mode_t kPrivate = 0600;
+constexpr mode_t kModeOfTexts = 0600;
 
 /// The three texts as files, and the program that compares them.
-class Comparison {
+class TextComparison {
   public:
-    Comparison(const std::string& mine, const std::string& base, const std::string& yours)
+    TextComparison(const std::string& mine, const std::string& base, const std::string& yours)
         : m_files{Staged("mine", mine), Staged("base", base), Staged("yours", yours)} {}
 
     /// In the C locale, as the program's messages would be in the reader's language.
@@ -42,7 +42,7 @@ class Comparison {
     /// The program does not count a last line that lacks its line feed.
     std::string Staged(const char* name, const std::string& text) {
         const bool isWhole = text.empty() || text.ends_with('\n');
-        WriteStagedFile(m_staging.PathOf(name), isWhole ? text : text + "\n", kPrivate);
+        WriteStagedFile(m_staging.PathOf(name), isWhole ? text : text + "\n", kModeOfTexts);
         return m_staging.PathOf(name);
     }
 
@@ -92,7 +92,7 @@ Merged Merge(const std::string& mine, const std::string& base, const std::string
              const std::string& path, const std::string& otherWay) {
     for (const std::string* const text : {&mine, &base, &yours})
         RequireText(*text, path, otherWay);
-    const Comparison comparison(mine, base, yours);
+    const TextComparison comparison(mine, base, yours);
     Merged merged;
     // Without -E, a change that both made alike would be marked, too.
     const ProcessResult result = comparison.Run({"-m", "-E", "-a"}, path);

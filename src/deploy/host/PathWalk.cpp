@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/PathNames.h"
@@ -29,12 +30,6 @@ void PutOnTop(std::vector<std::string>& components, std::string_view path) {
         if (!part.empty() && part != ".") components.emplace_back(part);
         end = begin == 0 ? 0 : begin - 1;
     }
-}
-
-struct stat StatusOf(int descriptor, const std::string& path) {
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
-    return status;
 }
 
 std::string TargetOf(int link, const std::string& path) {
@@ -66,7 +61,7 @@ PathWalk::PathWalk(HeldDirectories& known, const std::string& root, PathJudge ju
     }
     Descriptor descriptor(open(name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (descriptor < 0) FailOfCall(name, _("cannot be looked at"));
-    const struct stat status = StatusOf(descriptor, name);
+    const struct stat status = StatusOfOpened(descriptor, name);
     m_walked.push_back(Remember(Held(std::move(descriptor), name, status)));
 }
 
@@ -169,7 +164,7 @@ void PathWalk::GoInto(const std::string& component) {
         EndAtNothing(component);
         return;
     }
-    const struct stat status = StatusOf(entry, NameOf(component));
+    const struct stat status = StatusOfOpened(entry, NameOf(component));
     if (S_ISLNK(status.st_mode) && (m_followsLast || !IsEnd())) return Follow(component, entry, status);
     JudgeStep(component, &status, IsEnd());
     if (S_ISDIR(status.st_mode)) {

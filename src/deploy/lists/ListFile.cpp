@@ -64,7 +64,7 @@ std::size_t FirstOfNoText(std::string_view line) {
 }
 
 /// What is wrong with a line, without its file and number.
-std::optional<Problem> ProblemOfLine(std::string_view line) {
+std::optional<Problem> ProblemOfListLine(std::string_view line) {
     const auto problem = [](std::size_t place, const std::string& text, const std::string& remedy) {
         return Problem{"", 0, static_cast<int>(place + 1), text, remedy};
     };
@@ -116,7 +116,7 @@ std::optional<Problem> FormProblem(const std::string& file, std::string_view tex
     for (int number = 1; !text.empty(); ++number) {
         const std::string_view line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
-        if (std::optional<Problem> problem = ProblemOfLine(line)) {
+        if (std::optional<Problem> problem = ProblemOfListLine(line)) {
             problem->file = file;
             problem->line = number;
             return problem;

@@ -10,6 +10,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Host.h"
@@ -22,10 +23,10 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< fits into the processor's cache
+constexpr std::size_t kBlockToDigest = std::size_t{32} << 10;  ///< fits into the processor's cache
 
 /// An attribute that holds for these bytes alone is not kept: whoever vouches for the bytes makes it anew.
-bool IsKept(std::string_view name) {
+bool IsAttributeKept(std::string_view name) {
     return name == "system.posix_acl_access" || name == "security.selinux" || name.starts_with("user.");
 }
 
@@ -62,9 +63,8 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
 }
 
 /// Everything but the attributes.
-RecordedState StatusOfOpened(int descriptor, const std::string& path) {
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
+RecordedState StateWithoutAttributes(int descriptor, const std::string& path) {
+    const struct stat status = StatusOfOpened(descriptor, path);
     if (!S_ISREG(status.st_mode))
         throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("name a regular file")});
     RecordedState state;
@@ -77,7 +77,7 @@ RecordedState StatusOfOpened(int descriptor, const std::string& path) {
 }
 
 RecordedState StateOfOpened(int descriptor, const std::string& path) {
-    RecordedState state = StatusOfOpened(descriptor, path);
+    RecordedState state = StateWithoutAttributes(descriptor, path);
     state.attributes = AttributesOf(descriptor, path);
     return state;
 }
@@ -86,7 +86,7 @@ RecordedState StateOfOpened(int descriptor, const std::string& path) {
 /// long, only the digest is left.
 void ReadText(int descriptor, const std::string& path, std::uint64_t longest, CapturedFile& captured) {
     DigestInProgress digest;
-    char block[kBlock];
+    char block[kBlockToDigest];
     const std::uint64_t told = captured.state.size;
     std::uint64_t size = 0;
     if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
@@ -127,7 +127,7 @@ std::map<std::string, std::string> AttributesOf(int descriptor, const std::strin
     const std::string names = AttributeNames(descriptor, path);
     for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
         const std::string name = names.c_str() + start;
-        if (IsKept(name)) attributes.emplace(name, AttributeOf(descriptor, name, path));
+        if (IsAttributeKept(name)) attributes.emplace(name, AttributeOf(descriptor, name, path));
     }
     return attributes;
 }
@@ -172,7 +172,7 @@ bool HasRecordedText(const std::string& path, const RecordedState& state) {
     const Descriptor file = Open(AT_FDCWD, path, path);
     CapturedFile captured;
     if (file >= 0) {
-        captured.state = StatusOfOpened(file, path);
+        captured.state = StateWithoutAttributes(file, path);
         if (captured.state.size > 0 && captured.state.size != state.size) return false;
         ReadText(file, path, 0, captured);
     }

@@ -13,7 +13,7 @@ namespace ZET::Deploy {
 namespace {
 
 /// What is wrong with a line, without its place; none if it gives a parameter.
-std::optional<Problem> ProblemOfLine(std::string_view line) {
+std::optional<Problem> ProblemOfConfLine(std::string_view line) {
     const auto problem = [](const std::string& text, const std::string& remedy) {
         return Problem{.text = text, .remedy = remedy};
     };
@@ -41,7 +41,7 @@ ConfFile ReadConfText(const std::string& file, std::string_view text) {
         const std::size_t start = line.text.find_first_not_of(Text::kBlanks);
         if (start == std::string_view::npos || line.text[start] == '#') continue;
         const std::string_view given = line.text.substr(start);
-        if (std::optional<Problem> problem = ProblemOfLine(given)) {
+        if (std::optional<Problem> problem = ProblemOfConfLine(given)) {
             problem->file = file;
             problem->line = number;
             conf.problems.push_back(std::move(*problem));

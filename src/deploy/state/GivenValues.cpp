@@ -16,7 +16,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kMainFile[] = "ZET_CFG";
 constexpr char kOwnDirectory[] = "ZET_CFG_DIR";
 
 bool IsValueName(const std::string& name) {

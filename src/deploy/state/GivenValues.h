@@ -32,6 +32,9 @@ struct GivenValues {
     Unread unread;
 };
 
+/// The parameter that holds the path of the main file.
+inline constexpr char kMainFile[] = "ZET_CFG";
+
 /// Whether the files of the fleet are found by this parameter, so that they cannot give it.
 bool LeadsToFleet(const std::string& name);
 

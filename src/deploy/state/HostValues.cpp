@@ -9,12 +9,6 @@
 
 namespace ZET::Deploy {
 
-namespace {
-
-constexpr char kMainFile[] = "ZET_CFG";
-
-}  // namespace
-
 void HostValues::TakeDefaults() {
     m_reader.ReadFleet();
     if (m_given.fleet.empty()) return;

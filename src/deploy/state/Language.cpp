@@ -37,11 +37,11 @@ std::string_view LanguageOf(std::string_view names) {
 }
 
 /// What a text is written in, as names of locales.
-struct Names {
+struct NamesOfLanguage {
     std::string letters;
     std::string messages;
 
-    auto operator<=>(const Names&) const = default;
+    auto operator<=>(const NamesOfLanguage&) const = default;
 
     bool AreSet() const {
         return uselocale(locale_t()) == LC_GLOBAL_LOCALE && letters == setlocale(LC_CTYPE, nullptr) &&
@@ -55,7 +55,7 @@ struct Names {
     }
 };
 
-Names NamesFor(const std::string& locale, const std::string& preference) {
+NamesOfLanguage NamesFor(const std::string& locale, const std::string& preference) {
     return {locale, !preference.empty() && Text::IsEnglish(locale) ? kOfSources : locale};
 }
 
@@ -63,7 +63,7 @@ struct LocaleDeleter {
     void operator()(locale_t locale) const { freelocale(locale); }
 };
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
-using Locales = std::map<Names, Locale>;
+using Locales = std::map<NamesOfLanguage, Locale>;
 
 /// The locales that were used. To switch to one of them and back takes 100 instructions; to set a locale by
 /// its name takes 20,000, half of what it takes to render a small file. They live as long as the process: an
@@ -75,7 +75,7 @@ Locales& KnownLocales() {
 }
 
 /// The present locale with another language, which the host must have.
-Locale MakeLocale(const Names& names) {
+Locale MakeLocale(const NamesOfLanguage& names) {
     Locale made(duplocale(LC_GLOBAL_LOCALE));
     for (const auto& [category, name] :
          {std::pair(LC_CTYPE_MASK, &names.letters), std::pair(LC_MESSAGES_MASK, &names.messages)}) {
@@ -182,7 +182,7 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
     const std::string language = core.GetParam("ZET_LANG");
     const char* const preferred = std::getenv(kPreference);
     const std::string preference = preferred == nullptr ? "" : preferred;
-    const Names names = NamesFor(LocaleName(language), preference);
+    const NamesOfLanguage names = NamesFor(LocaleName(language), preference);
     Locales& known = KnownLocales();
     if (!known.contains(names)) {
         RequireLanguageOf(core, language);

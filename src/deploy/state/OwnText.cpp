@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr mode_t kPrivate = 0600;
+constexpr mode_t kModeWhileMade = 0600;
 
 /// Whether a killed run left it: a plain file of the caller's, or of the owner of the file it was to become.
 bool IsLeftOver(const std::string& temporary, const std::string& name) {
@@ -34,7 +34,7 @@ bool IsLeftOver(const std::string& temporary, const std::string& name) {
 Descriptor OpenNew(const std::string& temporary, const std::string& name) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const auto create = [&] {
-        return Descriptor(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
+        return Descriptor(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kModeWhileMade); }));
     };
     Descriptor file = create();
     if (file.IsOpen()) return file;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
@@ -23,21 +24,15 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+constexpr mode_t kModeBeforeGiven = S_IRUSR | S_IWUSR;
 constexpr char kLabel[] = "security.selinux";
 
 void SetMode(int descriptor, const std::string& path, mode_t mode) {
     if (fchmod(descriptor, mode) != 0) FailOfCall(path, _("its mode cannot be given back"));
 }
 
-struct stat StatusOf(int descriptor, const std::string& path) {
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
-    return status;
-}
-
 void GiveOwner(int descriptor, const std::string& path, const RecordedState& wanted) {
-    const struct stat now = StatusOf(descriptor, path);
+    const struct stat now = StatusOfOpened(descriptor, path);
     if (now.st_uid == wanted.owner && now.st_gid == wanted.group) return;
     if (fchown(descriptor, wanted.owner, wanted.group) != 0)
         FailOfCall(path, Words("its owner %s:%s cannot be given back", std::to_string(wanted.owner),
@@ -72,7 +67,7 @@ void GiveAttributes(int descriptor, const std::string& path, const RecordedState
 /// reported. Until the mode is set, nobody but the new owner can get at the text.
 void GiveRecordedAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
                             Observer& observer) {
-    SetMode(descriptor, path, kPrivate);
+    SetMode(descriptor, path, kModeBeforeGiven);
     GiveOwner(descriptor, path, wanted);
     GiveAttributes(descriptor, path, wanted, observer);
     SetMode(descriptor, path, wanted.mode & kModeBits);
@@ -111,7 +106,7 @@ void RecordedText::Put(const CapturedFile& wanted, const std::function<void()>& 
 /// The name was free when it was checked; what somebody has put there since is not written to.
 void RecordedText::Write(const std::string& temporary, const std::string& text) {
     constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
+    const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kModeBeforeGiven); }));
     if (file < 0) FailOfCall(temporary, _("cannot be made"));
     if (!Identify(file)) {
         const int error = errno;
@@ -134,7 +129,7 @@ void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
     const std::string path = m_place.Path() + m_suffix;
     if (descriptor < 0)
         throw Failure({.file = path, .text = _("cannot be read back"), .remedy = _("look at its directory")});
-    const struct stat made = StatusOf(descriptor, path);
+    const struct stat made = StatusOfOpened(descriptor, path);
     if (made.st_dev != m_device || made.st_ino != m_inode || made.st_nlink != 1) {
         throw Failure({.file = path + ZETTemporarySuffix,
                        .text = _("was replaced at the same time, and nothing was changed"),

@@ -6,7 +6,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-std::unordered_set<std::string>& WrittenFiles() {
+std::unordered_set<std::string>& WrittenByThisThread() {
     static thread_local std::unordered_set<std::string> written;
     return written;
 }
@@ -14,15 +14,15 @@ std::unordered_set<std::string>& WrittenFiles() {
 }  // namespace
 
 void IsAboutToWrite(const std::string& path) {
-    WrittenFiles().insert(path);
+    WrittenByThisThread().insert(path);
 }
 
 bool MayHaveWritten(const std::string& path) {
-    return WrittenFiles().contains(path);
+    return WrittenByThisThread().contains(path);
 }
 
 void ForgetWrites() {
-    WrittenFiles().clear();
+    WrittenByThisThread().clear();
 }
 
 }  // namespace ZET::Deploy

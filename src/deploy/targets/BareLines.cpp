@@ -17,16 +17,16 @@ bool IsOrdinary(const ManagedText& text, std::size_t number) {
 }
 
 /// Whether it is the one line of a block.
-bool IsSet(const ManagedText& text, std::size_t number) {
+bool IsSetByProduct(const ManagedText& text, std::size_t number) {
     const Text::ManagedRegion& region = text.RegionOf(number);
     return region.kind == Text::RegionKind::Block && region.last == region.first + 2 &&
            text.Line(number).IsContent();
 }
 
 /// Goes through the text that the product left, and through what somebody made of it.
-class Comparison {
+class LineComparison {
   public:
-    Comparison(std::string_view left, std::string_view text) : m_left(left), m_now(text) {}
+    LineComparison(std::string_view left, std::string_view text) : m_left(left), m_now(text) {}
 
     /// None if more is gone than markers, former lines, comments and empty lines, or if anything came.
     BareLines Run() {
@@ -51,7 +51,8 @@ class Comparison {
     /// A line whose former one is still there has lost its other markers alone, and is left as it is.
     void Take(std::size_t number) {
         const std::size_t kept = m_left.RegionOf(number).formerLine;
-        if (IsSet(m_left, number) && IsOrdinary(m_now, m_number) && (kept == 0 || kept != m_lastKept)) {
+        if (IsSetByProduct(m_left, number) && IsOrdinary(m_now, m_number) &&
+            (kept == 0 || kept != m_lastKept)) {
             BareLine bare{std::string(m_left.Line(number).text), std::nullopt};
             if (kept != 0) bare.former = m_left.FormerText(kept);
             if (bare.former != bare.line) m_bare.emplace(m_number, std::move(bare));
@@ -70,7 +71,7 @@ class Comparison {
 }  // namespace
 
 BareLines BareLinesOf(std::string_view left, std::string_view text) {
-    return Comparison(left, text).Run();
+    return LineComparison(left, text).Run();
 }
 
 BareLines BareLinesIn(Host& host, const KnownFile& known, std::string_view text) {

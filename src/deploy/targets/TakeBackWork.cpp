@@ -16,7 +16,7 @@ bool IsText(const TakeBackStep& step) {
     return step.action == Action::TakeOutBlocks || step.action == Action::NameOtherRole;
 }
 
-bool IsEdited(const KnownFiles& known, const std::string& path) {
+bool IsEditedSince(const KnownFiles& known, const std::string& path) {
     return known.Find(path) != nullptr && StateOf(path).IsRegular() && !known.IsAsLeft(path);
 }
 
@@ -46,7 +46,7 @@ void ExpectReserve(Deployment& product, const KnownFiles& known, const TakeBackS
                    ExpectedFile& file) {
     file.after = step.hasReserve ? Capture(product, step.file.Reserve()) : CapturedFile();
     file.companions = ExpectedFile::Companions::MayGo;
-    file.wasEdited = step.isForced && IsEdited(known, file.path);
+    file.wasEdited = step.isForced && IsEditedSince(known, file.path);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kUnknown[] = "unknown";
+constexpr char kUnknownCopy[] = "unknown";
 
 std::optional<std::string> TextOf(const std::string& path, mode_t& mode) {
     if (!IsFileExist(path)) return std::nullopt;
@@ -19,7 +19,7 @@ std::optional<std::string> TextOf(const std::string& path, mode_t& mode) {
 }
 
 TemplateState Tell(Host& host, const TemplateFiles& files) {
-    TemplateState result{files.name, files.workingCopy, files.shipped, kUnknown, false, ""};
+    TemplateState result{files.name, files.workingCopy, files.shipped, kUnknownCopy, false, ""};
     try {
         const TemplateTexts texts = RemedyErrors("", [&] { return ReadTexts(host, files); });
         result.state = StateOf(texts);
@@ -51,7 +51,7 @@ const char* StateOf(const TemplateTexts& texts) {
     if (!texts.copy) return "not installed";
     if (!texts.shipped && !texts.base) return "own";
     if (!texts.shipped) return "not shipped";
-    if (!texts.IsKnown()) return kUnknown;
+    if (!texts.IsKnown()) return kUnknownCopy;
     if (texts.HasNewer()) return texts.IsEdited() ? "edited, newer shipped" : "newer shipped";
     return texts.IsEdited() ? "edited" : "current";
 }

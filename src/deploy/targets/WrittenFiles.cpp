@@ -29,7 +29,7 @@ std::optional<std::vector<Target>> ListedTargets(Deployment& product, const Know
     }
 }
 
-bool IsEdited(const KnownFiles& known, const std::string& path) {
+bool IsKnownAsEdit(const KnownFiles& known, const std::string& path) {
     const KnownFile* const file = known.Find(path);
     return file != nullptr && file->kind == FileKind::Edit;
 }
@@ -127,7 +127,7 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
             written.files.push_back(WrittenTarget(product, target));
     // What was edited in place goes back that way, even if it is a target that nobody has committed yet.
     for (WrittenFile& file : written.files)
-        file.isEdit = IsEdited(known, file.path);
+        file.isEdit = IsKnownAsEdit(known, file.path);
     std::set<std::string> listed;
     for (const WrittenFile& file : written.files)
         listed.insert(file.path);

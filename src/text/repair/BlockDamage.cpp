@@ -8,7 +8,6 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 constexpr char kBeginWithoutEnd[] = "begin-without-end";
 
 /// Tracks the blocks of a text. These facts help to find the place of a lost marker: the module writes one
@@ -35,7 +34,7 @@ class BlockCheck {
                     break;
             }
         }
-        if (m_begin != kNone) TakeMissingEnd(m_repair.Size());
+        if (m_begin != kNoLine) TakeMissingEnd(m_repair.Size());
         TakeLoneFormerLine();
         m_repair.Settle();
     }
@@ -50,7 +49,7 @@ class BlockCheck {
     }
 
     void TakeFormerLine(std::size_t index) {
-        if (m_begin == kNone) {
+        if (m_begin == kNoLine) {
             TakeLoneFormerLine();
             m_formerLine = index;
         } else if (!IsBegin(index + 1)) {
@@ -67,27 +66,27 @@ class BlockCheck {
     }
 
     void TakeBegin(std::size_t index) {
-        if (m_begin != kNone && m_lastBegin + 1 == index) {
+        if (m_begin != kNoLine && m_lastBegin + 1 == index) {
             TakeDoubledBegin(m_repair, index);
             m_lastBegin = index;
             return;
         }
-        if (m_begin != kNone) TakeMissingEnd(index);
-        if (m_formerLine != kNone && m_formerLine + 1 == index) m_formerLine = kNone;
+        if (m_begin != kNoLine) TakeMissingEnd(index);
+        if (m_formerLine != kNoLine && m_formerLine + 1 == index) m_formerLine = kNoLine;
         TakeLoneFormerLine();
         m_begin = m_lastBegin = index;
         m_isContentTold = false;
     }
 
     void TakeEnd(std::size_t index) {
-        if (m_begin == kNone && m_end + 1 == index && m_end != kNone) {
+        if (m_begin == kNoLine && m_end + 1 == index && m_end != kNoLine) {
             TakeDoubledEnd(m_repair, index);
-        } else if (m_begin == kNone) {
+        } else if (m_begin == kNoLine) {
             TakeMissingBegin(index);
         } else if (!m_isContentTold) {
             CheckContent(index);
         }
-        m_begin = kNone;
+        m_begin = kNoLine;
         m_end = index;
     }
 
@@ -142,7 +141,7 @@ class BlockCheck {
     }
 
     void TakeMissingBegin(std::size_t end) {
-        if (m_formerLine == kNone) {
+        if (m_formerLine == kNoLine) {
             const std::string choice =
                 end == 0 ? _("put a begin marker before it")
                          : Words("put a begin marker before %s, the system's blocks having one line each",
@@ -162,13 +161,13 @@ class BlockCheck {
                        "line is then open",
                        LineName(end - 1))});
         }
-        m_formerLine = kNone;
+        m_formerLine = kNoLine;
     }
 
     /// `limit` is the first line that cannot belong to the block.
     void TakeMissingEnd(std::size_t limit) {
         const std::size_t begin = m_lastBegin;
-        const std::size_t noted = std::exchange(m_begin, kNone);
+        const std::size_t noted = std::exchange(m_begin, kNoLine);
         const bool hadEmptyLine = IsBegin(limit) && limit > begin + 1 && m_repair.IsEmpty(limit - 1);
         const std::size_t count = limit - begin - 1 - (hadEmptyLine ? 1 : 0);
         const std::string what = _("a begin marker has no end marker");
@@ -186,8 +185,8 @@ class BlockCheck {
     }
 
     void TakeLoneFormerLine() {
-        if (m_formerLine == kNone) return;
-        const std::size_t index = std::exchange(m_formerLine, kNone);
+        if (m_formerLine == kNoLine) return;
+        const std::size_t index = std::exchange(m_formerLine, kNoLine);
         // The module does not treat such a line as part of a block.
         m_repair.Concern(DamagedRegions::None);
         m_repair.NoteAmbiguous(
@@ -199,11 +198,11 @@ class BlockCheck {
     }
 
     RepairText& m_repair;
-    std::size_t m_begin = kNone;       ///< of the open block
-    std::size_t m_lastBegin = kNone;   ///< its last begin marker
-    std::size_t m_end = kNone;         ///< the last end marker
-    std::size_t m_formerLine = kNone;  ///< the last kept former line, until it has a block
-    bool m_isContentTold = false;      ///< the lines of the open block were reported already
+    std::size_t m_begin = kNoLine;       ///< of the open block
+    std::size_t m_lastBegin = kNoLine;   ///< its last begin marker
+    std::size_t m_end = kNoLine;         ///< the last end marker
+    std::size_t m_formerLine = kNoLine;  ///< the last kept former line, until it has a block
+    bool m_isContentTold = false;        ///< the lines of the open block were reported already
 };
 
 struct Doubled {

@@ -12,7 +12,7 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
+constexpr std::uint32_t kNoToken = static_cast<std::uint32_t>(-1);
 
 /// A place where a marker is, or may be meant.
 struct Token {
@@ -25,8 +25,8 @@ struct Token {
     bool counts = true;  ///< it is a marker, or completes a region if taken as one
 
     // The indexes of the next two tokens of the same family: blocks, or notices and template comments.
-    std::uint32_t nextGlued = kNone;
-    std::uint32_t nextOther = kNone;
+    std::uint32_t nextGlued = kNoToken;
+    std::uint32_t nextOther = kNoToken;
 };
 
 bool IsBlockMarker(Marker marker) {
@@ -49,8 +49,8 @@ void AddTokens(std::uint32_t line, std::string_view text, std::vector<Token>& to
 
 void LinkTokens(std::vector<Token>& tokens) {
     struct Next {
-        std::uint32_t glued = kNone;
-        std::uint32_t other = kNone;
+        std::uint32_t glued = kNoToken;
+        std::uint32_t other = kNoToken;
     };
     Next ofBlocks;
     Next ofComments;
@@ -114,9 +114,9 @@ class TokenJudge {
     /// The next marker of the same family. A marker at the end of other text counts only nearby: it may just
     /// be mentioned.
     Marker NextMarker(const Token& token) const {
-        const bool isClose = token.nextGlued != kNone && m_tokens[token.nextGlued].line <= token.line + 1;
+        const bool isClose = token.nextGlued != kNoToken && m_tokens[token.nextGlued].line <= token.line + 1;
         const std::uint32_t next = isClose ? std::min(token.nextGlued, token.nextOther) : token.nextOther;
-        return next == kNone ? Marker::None : m_tokens[next].marker;
+        return next == kNoToken ? Marker::None : m_tokens[next].marker;
     }
 
     void Follow(Marker marker) {

@@ -1,6 +1,7 @@
 #ifndef ZET_MARKER_DAMAGE_H
 #define ZET_MARKER_DAMAGE_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,9 @@ struct Diagnosis {
 /// unknown.
 Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
                           std::optional<bool> hadCarriageReturns);
+
+/// In the place of a line's index.
+inline constexpr std::size_t kNoLine = static_cast<std::size_t>(-1);
 
 /// The steps of `DiagnoseMarkers`. Each settles its repairs.
 void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns);

@@ -9,8 +9,6 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-
 bool IsCommentMarker(Marker marker) {
     return marker == Marker::Notice || marker == Marker::TemplateComment || marker == Marker::CommentEnd;
 }
@@ -47,7 +45,7 @@ class CommentCheck {
 
   private:
     void TakeBegin(std::size_t index, Marker marker) {
-        if (m_begin != kNone && m_lastBegin + 1 == index) {
+        if (m_begin != kNoLine && m_lastBegin + 1 == index) {
             TakeDoubledBegin(m_repair, index);
             m_lastBegin = index;
             return;
@@ -58,14 +56,14 @@ class CommentCheck {
     }
 
     void TakeEnd(std::size_t index) {
-        if (m_begin == kNone && m_end != kNone && m_end + 1 == index) {
+        if (m_begin == kNoLine && m_end != kNoLine && m_end + 1 == index) {
             TakeDoubledEnd(m_repair, index);
-        } else if (m_begin == kNone) {
+        } else if (m_begin == kNoLine) {
             TakeMissingBegin(index);
         } else if (m_marker == Marker::Notice) {
             CheckText(index);
         }
-        m_begin = kNone;
+        m_begin = kNoLine;
         m_end = index;
     }
 
@@ -101,8 +99,8 @@ class CommentCheck {
     }
 
     void TakeMissingEnd() {
-        const std::size_t begin = std::exchange(m_begin, kNone);
-        if (begin == kNone) return;
+        const std::size_t begin = std::exchange(m_begin, kNoLine);
+        if (begin == kNoLine) return;
         if (m_marker == Marker::TemplateComment) {
             m_repair.NoteAmbiguous(begin, "template-comment-without-end",
                                    _("a template comment has no end marker, and in a template would take all "
@@ -131,9 +129,9 @@ class CommentCheck {
     RepairText& m_repair;
     const NoticeTexts& m_noticeTexts;
     Marker m_marker = Marker::None;
-    std::size_t m_begin = kNone;
-    std::size_t m_lastBegin = kNone;
-    std::size_t m_end = kNone;
+    std::size_t m_begin = kNoLine;
+    std::size_t m_lastBegin = kNoLine;
+    std::size_t m_end = kNoLine;
 };
 
 struct Notice {

@@ -20,7 +20,7 @@ bool IsThere(const std::string& file) {
 }
 
 /// Whether an entry was completed with the journal, which keeps its name when it is emptied.
-bool IsKept(std::string_view journal) {
+bool IsJournalKept(std::string_view journal) {
     const std::string_view store = journal.substr(0, journal.size() - std::strlen(kJournalSuffix));
     return IsThere(std::string(journal)) && IsThere(std::string(store) + kLastNumberSuffix);
 }
@@ -43,7 +43,7 @@ class JournalWay {
   private:
     static int Open(sqlite3_vfs* /*self*/, const char* name, sqlite3_file* file, int flags, int* outFlags) {
         try {
-            if ((flags & SQLITE_OPEN_WAL) != 0 && IsKept(name)) flags &= ~SQLITE_OPEN_CREATE;
+            if ((flags & SQLITE_OPEN_WAL) != 0 && IsJournalKept(name)) flags &= ~SQLITE_OPEN_CREATE;
         } catch (const std::bad_alloc&) {
             return SQLITE_NOMEM;
         }

@@ -9,7 +9,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::uint32_t kMagic = 0xfd2fb528;
+constexpr std::uint32_t kMagicOfZstd = 0xfd2fb528;
 constexpr std::uint32_t kChecksummedSegment = 0b0010'0100;  ///< one segment, with a checksum
 constexpr std::uint32_t kTwoBytesOfSize = 0b0100'0000;
 constexpr std::size_t kFirstOfTwoBytes = 256;
@@ -17,22 +17,22 @@ constexpr std::uint32_t kLastBlock = 1;  ///< which is raw
 constexpr unsigned kFlagsOfBlock = 3;
 constexpr std::size_t kSizeOfChecksum = 4;
 
-void Append(std::string& frame, std::uint64_t number, int bytes) {
+void AppendNumber(std::string& frame, std::uint64_t number, int bytes) {
     for (int byte = 0; byte < bytes; ++byte)
         frame += static_cast<char>(number >> (8 * byte));
 }
 
 std::string HeaderOf(std::size_t size) {
     std::string header;
-    Append(header, kMagic, 4);
+    AppendNumber(header, kMagicOfZstd, 4);
     if (size < kFirstOfTwoBytes) {
-        Append(header, kChecksummedSegment, 1);
-        Append(header, size, 1);
+        AppendNumber(header, kChecksummedSegment, 1);
+        AppendNumber(header, size, 1);
     } else {
-        Append(header, kChecksummedSegment | kTwoBytesOfSize, 1);
-        Append(header, size - kFirstOfTwoBytes, 2);
+        AppendNumber(header, kChecksummedSegment | kTwoBytesOfSize, 1);
+        AppendNumber(header, size - kFirstOfTwoBytes, 2);
     }
-    Append(header, kLastBlock | size << kFlagsOfBlock, 3);
+    AppendNumber(header, kLastBlock | size << kFlagsOfBlock, 3);
     return header;
 }
 
@@ -41,7 +41,7 @@ std::string ChecksumOf(std::string_view text) {
     XXH64_state_t state;
     XXH64_reset(&state, 0);
     XXH64_update(&state, text.data(), text.size());
-    Append(checksum, XXH64_digest(&state), kSizeOfChecksum);
+    AppendNumber(checksum, XXH64_digest(&state), kSizeOfChecksum);
     return checksum;
 }
 

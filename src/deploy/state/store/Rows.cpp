@@ -28,7 +28,7 @@ std::string PackedPairs(const std::map<std::string, std::string>& pairs) {
     return packed;
 }
 
-std::map<std::string, std::string> Pairs(const std::vector<std::string>& texts) {
+std::map<std::string, std::string> PairsIn(const std::vector<std::string>& texts) {
     std::map<std::string, std::string> pairs;
     for (std::size_t i = 0; i + 1 < texts.size(); i += 2)
         pairs.emplace(texts[i], texts[i + 1]);
@@ -152,7 +152,7 @@ RecordedState StateAt(Database& database, std::int64_t id) {
     state.mode = static_cast<mode_t>(row.Number());
     state.owner = static_cast<uid_t>(row.Number());
     state.group = static_cast<gid_t>(row.Number());
-    state.attributes = Pairs(row.Texts());
+    state.attributes = PairsIn(row.Texts());
     state.size = static_cast<std::uint64_t>(row.Number());
     state.digest = row.Text();
     state.text = row.OptionalText();

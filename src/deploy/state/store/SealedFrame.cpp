@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 namespace {
 
 /// No frame of a text or of a delta begins so.
-constexpr std::string_view kMagic = "ZETC";
+constexpr std::string_view kMagicOfSealed = "ZETC";
 constexpr std::size_t kSizeOfSeal = sizeof(std::int64_t);
 
 /// Little-endian on every host.
@@ -26,19 +26,19 @@ std::string BytesOfSeal(std::string_view frame) {
 }  // namespace
 
 std::string SealedFrame(std::string_view frame) {
-    return std::string(kMagic).append(BytesOfSeal(frame)).append(frame);
+    return std::string(kMagicOfSealed).append(BytesOfSeal(frame)).append(frame);
 }
 
 std::optional<std::string_view> FrameIn(std::string_view kept) {
-    if (!kept.starts_with(kMagic)) return kept;
-    kept.remove_prefix(kMagic.size());
+    if (!kept.starts_with(kMagicOfSealed)) return kept;
+    kept.remove_prefix(kMagicOfSealed.size());
     if (kept.size() < kSizeOfSeal) return std::nullopt;
     const std::string_view frame = kept.substr(kSizeOfSeal);
     return kept.starts_with(BytesOfSeal(frame)) ? std::optional(frame) : std::nullopt;
 }
 
 std::optional<std::string_view> SoundFrameIn(std::string_view kept) {
-    return kept.starts_with(kMagic) || TextOfPlainFrame(kept) ? FrameIn(kept) : std::nullopt;
+    return kept.starts_with(kMagicOfSealed) || TextOfPlainFrame(kept) ? FrameIn(kept) : std::nullopt;
 }
 
 }  // namespace ZET::Deploy

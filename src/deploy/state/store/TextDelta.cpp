@@ -12,7 +12,7 @@ namespace ZET::Deploy {
 namespace {
 
 /// No compressed text begins so.
-constexpr std::string_view kMagic = "ZETD";
+constexpr std::string_view kMagicOfDelta = "ZETD";
 
 /// A delta that does not fit into a page of the store with the rest of its row is not worth it.
 constexpr std::size_t kLongestFrame = 3000;
@@ -43,13 +43,13 @@ std::size_t CommonEnd(std::string_view one, std::string_view other) {
     return count;
 }
 
-TextDelta::Piece PartOf(const TextDelta::Piece& piece, std::size_t from, std::size_t length) {
+TextDelta::Piece PartOfPiece(const TextDelta::Piece& piece, std::size_t from, std::size_t length) {
     if (!piece.own.empty()) return {piece.own.substr(from, length), 0, length};
     return {{}, piece.offset + from, length};
 }
 
 /// Joins neighbours that both have bytes of their own.
-void Append(std::vector<TextDelta::Piece>& pieces, TextDelta::Piece piece) {
+void AppendPiece(std::vector<TextDelta::Piece>& pieces, TextDelta::Piece piece) {
     TextDelta::Piece* const last = pieces.empty() ? nullptr : &pieces.back();
     if (last != nullptr && !last->own.empty() && !piece.own.empty()) {
         last->own += piece.own;
@@ -66,7 +66,7 @@ void AppendPart(std::vector<TextDelta::Piece>& pieces, const TextDelta& delta, s
     for (const TextDelta::Piece& piece : delta.pieces) {
         const std::size_t first = std::max(from, at);
         const std::size_t last = std::min(to, at + piece.length);
-        if (first < last) Append(pieces, PartOf(piece, first - at, last - first));
+        if (first < last) AppendPiece(pieces, PartOfPiece(piece, first - at, last - first));
         at += piece.length;
     }
 }
@@ -95,7 +95,7 @@ std::optional<TextDelta> DeltaFrom(const TextDelta& delta, std::string_view form
     made.base = delta.base;
     made.seal = SealOf(text);
     AppendPart(made.pieces, delta, 0, begin);
-    if (!own.empty()) Append(made.pieces, {std::string(own), 0, own.size()});
+    if (!own.empty()) AppendPiece(made.pieces, {std::string(own), 0, own.size()});
     AppendPart(made.pieces, delta, former.size() - end, former.size());
     return FrameOf(made).size() <= kLongestFrame ? std::optional(std::move(made)) : std::nullopt;
 }
@@ -107,15 +107,15 @@ std::string FrameOf(const TextDelta& delta) {
         texts.push_back(std::to_string(piece.offset));
         texts.push_back(std::to_string(piece.length));
     }
-    return std::string(kMagic) + Packed(texts);
+    return std::string(kMagicOfDelta) + Packed(texts);
 }
 
 bool IsFrameOfDelta(std::string_view frame) {
-    return frame.starts_with(kMagic);
+    return frame.starts_with(kMagicOfDelta);
 }
 
 std::optional<TextDelta> DeltaOfFrame(std::string_view frame) {
-    const auto texts = Unpacked(frame.substr(kMagic.size()));
+    const auto texts = Unpacked(frame.substr(kMagicOfDelta.size()));
     constexpr std::size_t kFirst = 2;
     constexpr std::size_t kOfPiece = 3;
     if (!texts || texts->size() < kFirst || (texts->size() - kFirst) % kOfPiece != 0) return std::nullopt;
