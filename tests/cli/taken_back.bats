@@ -204,7 +204,10 @@ $HOST/out/plain: stays for the role server, which has committed it"
         [[ $output == *"$HOST/out/plain: stays for the role server, which has committed it"* ]]
         grep -qx a=hand out/plain
     done
-    server -q rollback-config
+    PROGRAM=$ZET_BIN/zet-init run_zet rollback-config
+    assert_status 1
+    grep -qx a=hand out/plain
+    server -q rollback-config --force
     assert_file out/plain $'a=1\nb=2\n'
 }
 

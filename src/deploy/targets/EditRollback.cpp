@@ -55,17 +55,23 @@ bool Has(const std::vector<RememberedLine>& lines, std::string_view text) {
                        [&](const RememberedLine& line) { return line.line == text; });
 }
 
-/// The text without blocks but those of the other role. If somebody changed one of these, every block that
-/// this role has not set may be that one, and stays.
-std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
-    if (lines.others.empty()) return Text::WithoutBlocks(text);
+/// Selects the blocks but those of the other role. If somebody changed one of these, every block that this
+/// role has not set may be that one, and stays.
+BlockTest OwnBlocks(const LinesOfRoles& lines, const std::string& text) {
+    if (lines.others.empty()) return [](std::string_view) { return true; };
     const std::set<std::string> blocks = BlockLinesOf(text);
     const bool areAllThere =
         std::all_of(lines.others.begin(), lines.others.end(),
                     [&](const RememberedLine& line) { return blocks.contains(line.line); });
-    return Text::WithoutBlocksOf(text, [&](std::string_view line) {
-        return !Has(lines.others, line) && (areAllThere || Has(lines.own, line));
-    });
+    return [&lines, areAllThere](std::string_view line) {
+        const bool hasOneLine = line.find('\n') == std::string_view::npos;
+        return hasOneLine && !Has(lines.others, line) && (areAllThere || Has(lines.own, line));
+    };
+}
+
+std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
+    return lines.others.empty() ? Text::WithoutBlocks(text)
+                                : Text::WithoutBlocksOf(text, OwnBlocks(lines, text));
 }
 
 bool HasFormerLines(std::string_view text) {
@@ -114,6 +120,12 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     // A killed run may have kept the original, and done no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
+    if (!isForced && known != nullptr)
+        edit.editedBlock = EditedBlockIn(product, *known, text, OwnBlocks(lines, text));
+    if (edit.editedBlock) {
+        edit.way = Way::KeepEdited;
+        return edit;
+    }
     // Whoever wrote the file in between, nothing of theirs is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
     edit.isUnmarked = !isForced && edit.others.empty() && known != nullptr &&
@@ -148,6 +160,18 @@ std::string WordsOfKept(const WrittenFile& file, const std::string& force) {
                        "puts back what was there before)")
             : ZET_TEXT("was edited without markers and has no reserve, stays as it is (%s forgets it)"),
         force);
+}
+
+std::string WordsOfEditedBlock(const WrittenFile& file, const EditToTakeBack& edit,
+                               const std::string& force) {
+    const char* const stays =
+        edit.editedBlock->isFormerGone
+            ? ZET_TEXT("%s:%s: what stood here before was taken out of the file, which stays (%s)")
+            : ZET_TEXT("%s:%s: a managed block was edited here, and the file stays (%s)");
+    const char* const way = edit.others.empty() && IsFileExist(file.Reserve())
+                                ? ZET_TEXT("%s puts back what was there before")
+                                : ZET_TEXT("%s takes the managed blocks out");
+    return Words(stays, file.path, std::to_string(edit.editedBlock->line), Words(way, force));
 }
 
 std::string WordsOfUnmarked(const WrittenFile& file, const EditToTakeBack& edit, bool isDryRun,

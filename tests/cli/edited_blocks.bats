@@ -1,0 +1,124 @@
+# A rollback leaves a file where a hand changed a managed block, or took away what would come in its place.
+
+load helper
+load set
+
+setup() {
+    make_set
+    mkdir etc/targets.d
+    add_target one.conf $'x\n'
+    original one.conf $'old\n'
+    printf 'a=1\nb=2\n' >out/plain
+    edits a client 7
+}
+
+teardown() {
+    remove_host
+}
+
+# edits PARAM ROLE VALUE: one more line that the list asks for.
+edits() {
+    printf '[[edits]]\nfile = "%s"\nparam = "%s"\nroles = "%s"\nvalue = "%s"\n' "$HOST/out/plain" "$@" \
+        >>etc/targets.d/10.toml
+}
+
+# assert_stays WORDS...: rollbacks without --force leave the file, with this error.
+assert_stays() {
+    cp out/plain before
+    local round
+    for round in 1 2; do
+        run_zet rollback-config -n
+        assert_status 1
+        run_zet rollback-config
+        assert_status 1
+        [[ $output == *"$HOST/out/plain: edited, stays as it is"* ]] || differ output edited "$output"
+        [[ $stderr == "zet-client: error: $HOST/out/plain:$1"$'\n' ]] || differ stderr "$1" "$stderr"
+        cmp out/plain before
+    done
+    run_zet rollback-config --keep-edits
+    assert_status 0
+    assert_stderr ""
+    [[ $output == *"$HOST/out/plain: edited, stays as it is"* ]]
+    cmp out/plain before
+    [[ -e out/plain.before_zet ]]
+}
+
+@test "a listed line that a hand changed in its block stays, and is named" {
+    zet -q commit-config
+    sed -i 's/^a=7/a=hand/' out/plain
+    assert_stays "10: a managed block was edited here, and the file stays (--force puts back what was there before)"
+    assert_file out/one.conf $'old\n'
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "a line whose former line a hand took away stays, and is named" {
+    zet -q commit-config
+    sed -i '/PRE-ZET/d' out/plain
+    assert_stays "9: what stood here before was taken out of the file, which stays (--force puts back what was there before)"
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "a hand's change of a block stays one after later edits, merges and undos" {
+    zet -q commit-config
+    sed -i 's/^a=7/a=hand/' out/plain
+    zet -q commit-config --on-edit=merge
+    zet -q param set out/plain b 9
+    assert_stays "10: a managed block was edited here, and the file stays (--force puts back what was there before)"
+    zet -q commit-config
+    zet -q undo
+    grep -qx a=hand out/plain
+    run_zet rollback-config
+    assert_status 1
+    grep -qx a=hand out/plain
+    zet -q commit-config
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "what a hand put back within a block goes with it, since nothing is lost" {
+    zet -q commit-config
+    sed -i 's/^a=7/a=1/' out/plain
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "a line of one role that a hand changed stays beside those of the other" {
+    edits b server 8
+    zet -q commit-config
+    server -q commit-config
+    sed -i 's/^a=7/a=hand/' out/plain
+    assert_stays "10: a managed block was edited here, and the file stays (--force takes the managed blocks out)"
+    run_zet rollback-config --force
+    assert_status 0
+    grep -qx a=1 out/plain
+    grep -qx b=8 out/plain
+}
+
+@test "without a reserve, force takes the changed block out" {
+    zet -q param set --no-backup out/plain b 9
+    sed -i 's/^b=9/b=hand/' out/plain
+    run_zet rollback-config
+    assert_status 1
+    assert_stderr "zet-client: error: $HOST/out/plain:11: a managed block was edited here, and the file stays (--force takes the managed blocks out)"
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "where the history is lost, nobody knows of a change, and the new history keeps it" {
+    zet -q commit-config
+    lose_store
+    sed -i 's/^a=7/a=hand/' out/plain
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+    run_zet history show 1 out/plain
+    assert_status 0
+    [[ $output == *a=hand* ]]
+}
