@@ -122,3 +122,20 @@ assert_stays() {
     assert_status 0
     [[ $output == *a=hand* ]]
 }
+
+@test "a commit leaves a line that is not in force any more and whose former line a hand took away" {
+    edits b client 8
+    zet -q commit-config
+    sed -i '/PRE-ZET-- a/d' out/plain
+    rm etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/plain: the edit \"a\" is not in force any more, but what stood there before was taken out, and the line stays (delete its block if nobody needs it)"
+    grep -qx a=7 out/plain
+    grep -qx b=2 out/plain
+    sed -i '/BEGIN/,/END--/d' out/plain
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr != *"stood there before"* ]]
+    ! grep -q a=7 out/plain
+}

@@ -92,15 +92,24 @@ class MadeBlocks {
     std::map<std::string, std::set<bool>> m_made;
 };
 
-std::optional<EditedBlock> FirstEdited(const MadeBlocks& made, std::string_view text,
-                                       const BlockTest& isToGo) {
-    for (const Block& block : BlocksOf(text)) {
-        if (!isToGo(block.lines) || block.former == block.lines) continue;
-        const std::set<bool>* const formers = made.Of(block);
-        if (formers == nullptr) return EditedBlock{block.line, false};
-        if (!block.former && !formers->contains(false)) return EditedBlock{block.line, true};
-    }
-    return std::nullopt;
+bool HasLostFormer(const Block& block, const std::set<bool>* formers) {
+    return formers != nullptr && !block.former && !formers->contains(false);
+}
+
+/// Calls back with each block that is to go and that somebody changed, as long as that returns true.
+template <typename Call>
+void ForEachEdited(Host& host, const KnownFile& known, std::string_view text, const BlockTest& isToGo,
+                   Call call) {
+    host.HostHistory().TryLook([&](Store& store) {
+        MadeBlocks made(store);
+        if (!made.Find(known.path)) return;
+        for (const Block& block : BlocksOf(text)) {
+            if (!isToGo(block.lines) || block.former == block.lines) continue;
+            const std::set<bool>* const formers = made.Of(block);
+            const bool isFormerGone = HasLostFormer(block, formers);
+            if ((formers == nullptr || isFormerGone) && !call(block, isFormerGone)) return;
+        }
+    });
 }
 
 }  // namespace
@@ -108,11 +117,21 @@ std::optional<EditedBlock> FirstEdited(const MadeBlocks& made, std::string_view 
 std::optional<EditedBlock> EditedBlockIn(Host& host, const KnownFile& known, std::string_view text,
                                          const BlockTest& isToGo) {
     std::optional<EditedBlock> edited;
-    host.HostHistory().TryLook([&](Store& store) {
-        MadeBlocks made(store);
-        if (made.Find(known.path)) edited = FirstEdited(made, text, isToGo);
+    ForEachEdited(host, known, text, isToGo, [&](const Block& block, bool isFormerGone) {
+        edited = EditedBlock{block.line, isFormerGone};
+        return false;
     });
     return edited;
+}
+
+std::set<std::string> LinesWithoutFormer(Host& host, const KnownFile& known, std::string_view text,
+                                         const BlockTest& isToGo) {
+    std::set<std::string> lines;
+    ForEachEdited(host, known, text, isToGo, [&](const Block& block, bool isFormerGone) {
+        if (isFormerGone) lines.insert(block.lines);
+        return true;
+    });
+    return lines;
 }
 
 }  // namespace ZET::Deploy

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,10 @@ using BlockTest = std::function<bool(std::string_view lines)>;
 /// The first of the blocks to go that no change of the history has made as it is in `text`, or that has lost
 /// its former line. None if the history cannot tell; an unusable one is reported as a warning.
 std::optional<EditedBlock> EditedBlockIn(Host& host, const KnownFile& known, std::string_view text,
+                                         const BlockTest& isToGo);
+
+/// The lines of the blocks to go that lost their former lines: without them, nothing would be left.
+std::set<std::string> LinesWithoutFormer(Host& host, const KnownFile& known, std::string_view text,
                                          const BlockTest& isToGo);
 
 }  // namespace ZET::Deploy
