@@ -139,3 +139,24 @@ assert_stays() {
     [[ $stderr != *"stood there before"* ]]
     ! grep -q a=7 out/plain
 }
+
+@test "status tells that somebody changed a file elsewhere than in its listed lines" {
+    zet -q commit-config
+    run_zet status
+    [[ $output != *"edit "* ]]
+    echo mine=1 >>out/plain
+    run_zet status
+    assert_status 0
+    [[ $output == *"$HOST/out/plain: line a: in sync"*"$HOST/out/plain: edit changed"* ]] || differ status changed "$output"
+    sed -i 's/^a=7/a=hand/' out/plain
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/plain: line a: edited"* && $output != *"edit changed"* ]]
+    zet -q commit-config
+    zet -q param set out/plain b 9
+    run_zet status
+    [[ $output != *"edit changed"* ]]
+    sed -i 's/^b=9/b=hand/' out/plain
+    run_zet --json status
+    assert_json '[e["state"] for e in d["edits"] + d["listed_edits"]]' '["changed", "in sync"]'
+}
