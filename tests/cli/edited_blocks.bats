@@ -160,3 +160,17 @@ assert_stays() {
     run_zet --json status
     assert_json '[e["state"] for e in d["edits"] + d["listed_edits"]]' '["changed", "in sync"]'
 }
+
+@test "what stays beside a file that lost its blocks is named, with both ways on" {
+    zet -q commit-config
+    echo mine=1 >>out/plain
+    local kept="; $HOST/out/plain.before_zet keeps what was there before (\"file restore $HOST/out/plain\" puts it back, \"file forget $HOST/out/plain\" drops it)"
+    run_zet rollback-config -n
+    [[ $output == *"$HOST/out/plain: the managed blocks would be taken out, all other lines stay$kept"* ]] || differ dry kept "$output"
+    run_zet rollback-config
+    assert_status 0
+    [[ $output == *"$HOST/out/plain: the managed blocks are taken out, all other lines stay$kept"* ]]
+    zet -q file forget "$HOST/out/plain"
+    assert_absent out/plain.before_zet
+    assert_file out/plain $'a=1\nb=2\nmine=1\n'
+}

@@ -91,6 +91,18 @@ bool IsProductsAlone(Deployment& product, const KnownFile& known, const WrittenF
     return WritersSince(file.Reserve(), known, product) == Writers::ProductAlone;
 }
 
+/// The reserve stays, since the file is not the original by then.
+std::string WordsOfBlocks(Host& host, const WrittenFile& file, const EditToTakeBack& edit) {
+    const std::string taken = host.Wanted().dryRun
+                                  ? _("the managed blocks would be taken out, all other lines stay")
+                                  : _("the managed blocks are taken out, all other lines stay");
+    if (!edit.others.empty() || !IsFileExist(file.Reserve())) return taken;
+    const std::string name = Text::ShellWord(file.named);
+    return Words(
+        "%s; %s keeps what was there before (\"file restore %s\" puts it back, \"file forget %s\" drops it)",
+        taken, file.Reserve(), name, name);
+}
+
 }  // namespace
 
 EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, const WrittenFile& file,
@@ -132,9 +144,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
                       (HoldsUnmarkedEdits(product, *known) || !BareLinesIn(product, *known, text).empty());
     if (edit.text != text) {
         edit.way = Way::Blocks;
-        edit.remark = product.Wanted().dryRun
-                          ? _("the managed blocks would be taken out, all other lines stay")
-                          : _("the managed blocks are taken out, all other lines stay");
+        edit.remark = WordsOfBlocks(product, file, edit);
     } else if (!edit.others.empty()) {
         edit.way = leave;
     } else if (isAsLeft && isForced) {
