@@ -174,3 +174,29 @@ assert_stays() {
     assert_absent out/plain.before_zet
     assert_file out/plain $'a=1\nb=2\nmine=1\n'
 }
+
+@test "a file with listed lines goes back by its name twice" {
+    zet -q commit-config
+    run_zet rollback-config out/plain
+    assert_success "$HOST/out/plain: put back as it was"
+    run_zet rollback-config -n out/plain
+    assert_status 0
+    run_zet rollback-config out/plain
+    assert_success "$HOST/out/plain: holds no managed block any more, stays as it is"
+    assert_file out/plain $'a=1\nb=2\n'
+    block c=3 >>out/plain
+    cp out/plain before
+    run_zet rollback-config out/plain
+    assert_status 2
+    cmp out/plain before
+    rm out/plain
+    run_zet rollback-config out/plain
+    assert_success "$HOST/out/plain: is not there (\"history $HOST/out/plain\" tells what is kept of it)"
+}
+
+@test "adopt of a file with listed lines names the entry to change" {
+    zet -q commit-config
+    sed -i 's/^a=7/a=hand/' out/plain
+    run_zet adopt out/plain
+    assert_refusal 2 "out/plain: is no committed target (change its line in $HOST/etc/targets.d/10.toml:1)"
+}
