@@ -200,3 +200,19 @@ assert_stays() {
     run_zet adopt out/plain
     assert_refusal 2 "out/plain: is no committed target (change its line in $HOST/etc/targets.d/10.toml:1)"
 }
+
+@test "lines of both roles that a hand changed are not told as those of the other role alone" {
+    edits b server 8
+    zet -q commit-config
+    server -q commit-config
+    sed -i 's/^a=7/a=hand/; s/^b=8/b=hand/' out/plain
+    assert_stays "10: a managed block was edited here, and the file stays (--force takes the managed blocks out)"
+    run_zet rollback-config --force
+    assert_status 0
+    [[ $output == *"$HOST/out/plain: the managed blocks are taken out, but for those of the role server; all other lines stay"* ]]
+    grep -qx a=1 out/plain
+    grep -qx b=hand out/plain
+    PROGRAM=$ZET_BIN/zet-init run_zet rollback-config
+    assert_status 1
+    [[ $stderr == *"a managed block was edited here"* ]]
+}
