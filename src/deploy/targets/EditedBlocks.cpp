@@ -1,6 +1,5 @@
 #include "deploy/targets/EditedBlocks.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
