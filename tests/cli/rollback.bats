@@ -444,7 +444,7 @@ $TWO: is not there"
     echo HAND=1 >>out/one.conf
     run_zet rollback-config
     assert_status 0
-    assert_output "$ONE: the managed blocks are taken out, all other lines stay
+    assert_output "$ONE: the managed blocks are taken out, all other lines stay; $ONE.before_zet keeps what was there before (\"file restore $ONE\" puts it back, \"file forget $ONE\" drops it)
 $TWO: is not there"
     assert_file out/one.conf $'old\n\nHAND=1\n'
 }

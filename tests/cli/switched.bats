@@ -306,7 +306,7 @@ zet-client: \"history show 2 $E\" shows what it held"
     zet -q commit-config
     echo HAND=1 >>out/e.conf
     run_zet rollback-config
-    assert_success "$E: the managed blocks are taken out, all other lines stay"
+    assert_success "$E: the managed blocks are taken out, all other lines stay; $E.before_zet keeps what was there before (\"file restore $E\" puts it back, \"file forget $E\" drops it)"
     run_zet rollback-config
     assert_status 0
 }

@@ -196,15 +196,20 @@ $HOST/out/plain: stays for the role server, which has committed it"
     zet -q commit-config
     zet -q param set out/plain b 9
     sed -i 's/^a=7/a=hand/' out/plain
-    local force
+    local force told="the managed blocks are taken out, but for those of the role server; all other lines stay"
     for force in "" --force; do
         # shellcheck disable=SC2086  # none is none
         run_zet rollback-config $force
         assert_status 0
-        [[ $output == *"$HOST/out/plain: stays for the role server, which has committed it"* ]]
+        [[ $output == *"$HOST/out/plain: $told"* ]] || differ rollback "$told" "$output"
+        told="stays for the role server, which has committed it"
         grep -qx a=hand out/plain
     done
-    server -q rollback-config
+    grep -qx b=2 out/plain
+    PROGRAM=$ZET_BIN/zet-init run_zet rollback-config
+    assert_status 1
+    grep -qx a=hand out/plain
+    server -q rollback-config --force
     assert_file out/plain $'a=1\nb=2\n'
 }
 
@@ -224,7 +229,7 @@ $HOST/out/plain: stays for the role server, which has committed it"
     zet -q param set out/plain b 9
     run_zet rollback-config
     assert_status 0
-    [[ $output == *"$HOST/out/plain: the managed blocks are taken out, all other lines stay"* ]]
+    [[ $output == *"$HOST/out/plain: the managed blocks are taken out, but for those of the role server; all other lines stay"* ]]
     grep -qx a=7 out/plain
     grep -qx b=2 out/plain
     PROGRAM=$ZET_BIN/zet-init run_zet status

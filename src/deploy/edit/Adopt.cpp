@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <string>
+
 #include "deploy/edit/EditedTemplate.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Failure.h"
@@ -34,6 +37,18 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The first entry of the lists that asks for a line in the file; null: there is none.
+const ListedEdit* EditOf(Deployment& product, const std::string& file) {
+    if (!product.Lists().IsUsable()) return nullptr;
+    const std::string name = product.Lists().NameOf(file);
+    const auto& edits = product.Lists().Targets().edits;
+    const auto entry = std::find_if(edits.begin(), edits.end(), [&](const ListedEdit& edit) {
+        return !edit.path.empty() && edit.IsInForceFor(product.Role()) &&
+               product.HostPaths().Canonical(edit.path) == name;
+    });
+    return entry == edits.end() ? nullptr : &*entry;
+}
+
 /// No commit is known to have written the file; `isUnusable`: since the history cannot be used.
 [[noreturn]] void FailOfUnknown(Deployment& product, const std::string& file, bool isUnusable = false) {
     if (product.HostHistory().IsDenied()) throw Failure(ProblemOfDenied(product, file));
@@ -41,6 +56,9 @@ namespace {
         throw Failure({.file = product.State().Store(),
                        .text = Words("cannot be used, so that nobody can tell what %s was made from", file),
                        .remedy = _("edit its working copy by hand, and commit")});
+    if (const ListedEdit* const edit = EditOf(product, file))
+        throw UsageError(Words("%s: is no committed target (change its line in %s:%s)", file, edit->file,
+                               std::to_string(edit->line)));
     throw UsageError(Words("%s: is no committed target (\"status\" lists them)", file));
 }
 

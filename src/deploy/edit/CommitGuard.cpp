@@ -13,7 +13,6 @@
 #include "deploy/targets/TemplateFiles.h"
 #include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -34,8 +33,7 @@ std::string TroubleOfLists(Host& host) {
 std::vector<std::pair<std::string, bool>> SelectedLinesOf(const RememberedLine& edit,
                                                           const std::vector<LineInPlace>& places,
                                                           IZETCore& core) {
-    const bool isParam = edit.selector.starts_with("param ");
-    const std::string pattern = isParam ? ZETEditOpening + edit.Chosen() + "=" : edit.Chosen();
+    const std::string pattern = edit.Pattern();
     std::vector<std::pair<std::string, bool>> lines;
     for (const LineInPlace& place : places)
         if (Selects(core, pattern, place.text)) lines.emplace_back(place.text, place.isInBlock);

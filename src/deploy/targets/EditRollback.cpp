@@ -9,6 +9,7 @@
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/Writers.h"
 #include "deploy/targets/BareLines.h"
+#include "deploy/targets/EditRules.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/UnmarkedEdits.h"
 #include "text/Lines.h"
@@ -55,17 +56,24 @@ bool Has(const std::vector<RememberedLine>& lines, std::string_view text) {
                        [&](const RememberedLine& line) { return line.line == text; });
 }
 
-/// The text without blocks but those of the other role. If somebody changed one of these, every block that
-/// this role has not set may be that one, and stays.
-std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
-    if (lines.others.empty()) return Text::WithoutBlocks(text);
+/// Selects the blocks but those of the other role, be it that somebody changed one.
+BlockTest OwnBlocks(const LinesOfRoles& lines, const std::string& text, IZETCore& core) {
+    if (lines.others.empty()) return [](std::string_view) { return true; };
     const std::set<std::string> blocks = BlockLinesOf(text);
-    const bool areAllThere =
-        std::all_of(lines.others.begin(), lines.others.end(),
-                    [&](const RememberedLine& line) { return blocks.contains(line.line); });
-    return Text::WithoutBlocksOf(text, [&](std::string_view line) {
-        return !Has(lines.others, line) && (areAllThere || Has(lines.own, line));
-    });
+    std::vector<RememberedLine> changed;
+    for (const RememberedLine& line : lines.others)
+        if (!blocks.contains(line.line)) changed.push_back(line);
+    return [&lines, &core, changed](std::string_view line) {
+        const bool hasOneLine = line.find('\n') == std::string_view::npos;
+        if (!hasOneLine || Has(lines.others, line)) return false;
+        return std::none_of(changed.begin(), changed.end(), [&](const RememberedLine& set) {
+            return Selects(core, set.Pattern(), std::string(line));
+        });
+    };
+}
+
+std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text, const BlockTest& isOwn) {
+    return lines.others.empty() ? Text::WithoutBlocks(text) : Text::WithoutBlocksOf(text, isOwn);
 }
 
 bool HasFormerLines(std::string_view text) {
@@ -83,6 +91,29 @@ bool IsAsReserve(const WrittenFile& file, const std::string& text) {
 /// Whether bringing the reserve back loses only the product's work, with or without markers.
 bool IsProductsAlone(Deployment& product, const KnownFile& known, const WrittenFile& file) {
     return WritersSince(file.Reserve(), known, product) == Writers::ProductAlone;
+}
+
+std::string WordsOfOwnBlocks(Host& host) {
+    const bool isDryRun = host.Wanted().dryRun;
+    return Words(isDryRun
+                     ? ZET_TEXT("the managed blocks would be taken out, but for those of the role %s; all "
+                                "other lines stay")
+                     : ZET_TEXT("the managed blocks are taken out, but for those of the role %s; all "
+                                "other lines stay"),
+                 RoleInWords(OtherRole(host.Role())));
+}
+
+/// The reserve stays, since the file is not the original by then.
+std::string WordsOfBlocks(Host& host, const WrittenFile& file, const EditToTakeBack& edit) {
+    if (!edit.others.empty()) return WordsOfOwnBlocks(host);
+    const std::string taken = host.Wanted().dryRun
+                                  ? _("the managed blocks would be taken out, all other lines stay")
+                                  : _("the managed blocks are taken out, all other lines stay");
+    if (!IsFileExist(file.Reserve())) return taken;
+    const std::string name = Text::ShellWord(file.named);
+    return Words(
+        "%s; %s keeps what was there before (\"file restore %s\" puts it back, \"file forget %s\" drops it)",
+        taken, file.Reserve(), name, name);
 }
 
 }  // namespace
@@ -109,20 +140,24 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     if (mayGoBack && isForced) return {Way::Reserve};
     if (const auto damage = Text::FindDamage(text))
         throw Failure(Text::ProblemOf(file.path, *damage, product.Wanted().program, file.path));
-    edit.text = WithoutOwnBlocks(lines, text);
+    const BlockTest isOwn = OwnBlocks(lines, text, product.Core());
+    edit.text = WithoutOwnBlocks(lines, text, isOwn);
     edit.hasBlocks = !BlockLinesOf(text).empty();
     // A killed run may have kept the original, and done no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
+    if (!isForced && known != nullptr) edit.editedBlock = EditedBlockIn(product, *known, text, isOwn);
+    if (edit.editedBlock) {
+        edit.way = Way::KeepEdited;
+        return edit;
+    }
     // Whoever wrote the file in between, nothing of theirs is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
     edit.isUnmarked = !isForced && edit.others.empty() && known != nullptr &&
                       (HoldsUnmarkedEdits(product, *known) || !BareLinesIn(product, *known, text).empty());
     if (edit.text != text) {
         edit.way = Way::Blocks;
-        edit.remark = product.Wanted().dryRun
-                          ? _("the managed blocks would be taken out, all other lines stay")
-                          : _("the managed blocks are taken out, all other lines stay");
+        edit.remark = WordsOfBlocks(product, file, edit);
     } else if (!edit.others.empty()) {
         edit.way = leave;
     } else if (isAsLeft && isForced) {
@@ -148,6 +183,18 @@ std::string WordsOfKept(const WrittenFile& file, const std::string& force) {
                        "puts back what was there before)")
             : ZET_TEXT("was edited without markers and has no reserve, stays as it is (%s forgets it)"),
         force);
+}
+
+std::string WordsOfEditedBlock(const WrittenFile& file, const EditToTakeBack& edit,
+                               const std::string& force) {
+    const char* const stays =
+        edit.editedBlock->isFormerGone
+            ? ZET_TEXT("%s:%s: what stood here before was taken out of the file, which stays (%s)")
+            : ZET_TEXT("%s:%s: a managed block was edited here, and the file stays (%s)");
+    const char* const way = edit.others.empty() && IsFileExist(file.Reserve())
+                                ? ZET_TEXT("%s puts back what was there before")
+                                : ZET_TEXT("%s takes the managed blocks out");
+    return Words(stays, file.path, std::to_string(edit.editedBlock->line), Words(way, force));
 }
 
 std::string WordsOfUnmarked(const WrittenFile& file, const EditToTakeBack& edit, bool isDryRun,

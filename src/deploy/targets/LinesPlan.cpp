@@ -18,6 +18,7 @@
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/BareLines.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/EditedBlocks.h"
 #include "deploy/targets/FormerTarget.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedLinesCheck.h"
@@ -164,13 +165,24 @@ std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
         former.insert(line.line);
     if (former.empty()) return file.text;
     const std::set<std::string> blocks = BlockLinesOf(file.text);
+    const auto isFormer = [&](std::string_view line) { return former.contains(std::string(line)); };
+    const KnownFile* const known = m_known.Find(file.path);
+    std::set<std::string> bereft;
+    if (known != nullptr && !m_known.IsAsLeft(file.path))
+        bereft = LinesWithoutFormer(m_product, *known, file.text, isFormer);
+    for (const std::string& line : bereft)
+        m_product.Out().Warning(
+            Words("%s: the edit \"%s\" is not in force any more, but what stood there before was taken out, "
+                  "and the line stays (delete its block if nobody needs it)",
+                  file.path, line.substr(0, line.find('='))));
     for (const std::string& line : former)
         if (!blocks.contains(line))
             m_product.Out().Warning(
                 Words("%s: the edit \"%s\" is not in force any more, but what it set was changed, and stays",
                       file.path, line.substr(0, line.find('='))));
-    return Text::WithoutBlocksOf(file.text,
-                                 [&](std::string_view line) { return former.contains(std::string(line)); });
+    return Text::WithoutBlocksOf(file.text, [&](std::string_view line) {
+        return isFormer(line) && !bereft.contains(std::string(line));
+    });
 }
 
 /// The text with what stood there before where a line of a commit lost its markers: the line is set again,

@@ -6,8 +6,13 @@
 
 #include "deploy/host/Failure.h"
 #include "text/Lines.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
+
+std::string RememberedLine::Pattern() const {
+    return selector.starts_with("param ") ? ZETEditOpening + Chosen() + "=" : Chosen();
+}
 
 /// No part of a line holds a NUL byte or a line feed.
 std::string TextOf(const std::vector<RememberedLine>& lines) {

@@ -19,6 +19,9 @@ struct RememberedLine {
     /// The parameter or pattern alone.
     std::string Chosen() const { return selector.substr(selector.find(' ') + 1); }
 
+    /// What the lines match that it stands for.
+    std::string Pattern() const;
+
     bool operator==(const RememberedLine&) const = default;
 };
 

@@ -103,9 +103,11 @@ class Rollback {
     /// The steps for the files that were asked for or, if none was, for all, including those edited in place.
     std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
         std::vector<WrittenFile> files = written;
-        for (WrittenFile& file : FindEditedFiles(m_product, m_known, written))
+        // Going back twice is no mistake.
+        const bool isNamed = !m_names.empty();
+        for (WrittenFile& file : FindEditedFiles(m_product, m_known, written, isNamed))
             files.push_back(std::move(file));
-        if (!m_names.empty()) files = Named(m_product, files, m_names);
+        if (isNamed) files = Named(m_product, files, m_names);
         std::vector<Step> steps;
         for (WrittenFile& file : files) {
             m_product.RequireGoOn();

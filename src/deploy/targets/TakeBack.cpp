@@ -129,6 +129,10 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
         case EditToTakeBack::Way::Keep:
             Keep(step, WordsOfKept(step.file, Force(step.file)));
             break;
+        case EditToTakeBack::Way::KeepEdited:
+            KeepEdited(step, WordsOfEditedBlock(step.file, edit, Force(step.file)),
+                       _("edited, stays as it is"));
+            break;
         case EditToTakeBack::Way::LeaveIrregular:
             Keep(step, _("is no regular file, stays as it is"));
             break;

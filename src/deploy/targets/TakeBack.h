@@ -73,6 +73,7 @@ class TakeBack {
               const char* remark = ZET_TEXT("stays as it is")) const;
     void FailToTakeBack(TakeBackStep& step, const std::string& words) const;
     void KeepEdited(TakeBackStep& step) const;
+    void KeepEdited(TakeBackStep& step, const std::string& told, const std::string& remark) const;
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;
     void KeepOthers(TakeBackStep& step) const;

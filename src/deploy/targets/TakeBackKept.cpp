@@ -30,7 +30,6 @@ std::string TakeBack::Force(const WrittenFile& file) const {
 void TakeBack::KeepEdited(TakeBackStep& step) const {
     const bool isUntold = m_product.HostHistory().IsDenied();
     const char* const remark = isUntold ? _("may be edited, stays as it is") : _("edited, stays as it is");
-    if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
     const char* words =
         ZET_TEXT("%s: was edited since it was committed and stays (%s puts back what was there before)");
     if (m_known.IsAsLeft(step.file.path))
@@ -40,9 +39,13 @@ void TakeBack::KeepEdited(TakeBackStep& step) const {
         words = ZET_TEXT(
             "%s: may have been edited since it was committed, and stays (%s puts back what was there "
             "before)");
-    const std::string told = Words(words, step.file.path, Force(step.file));
-    if (m_ways.isOfCommit) m_product.Out().Warning(told);
+    KeepEdited(step, Words(words, step.file.path, Force(step.file)), remark);
+}
+
+void TakeBack::KeepEdited(TakeBackStep& step, const std::string& told, const std::string& remark) const {
     step.Tell(Result::Kept, remark);
+    if (m_ways.keepsEdits) return;
+    if (m_ways.isOfCommit) m_product.Out().Warning(told);
     FailToTakeBack(step, told);
 }
 

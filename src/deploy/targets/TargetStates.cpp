@@ -70,6 +70,22 @@ LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::s
                                                                 : LeftOver::Fate::GoesBack;
 }
 
+/// Adds the files that were edited in place. One with listed lines is there only if somebody changed it, and
+/// the states of its lines do not tell so.
+void AddEdits(Host& host, const KnownFiles& known, TargetStates& states) {
+    std::set<std::string> told;
+    for (const TargetState& target : states.targets)
+        told.insert(target.path);
+    std::set<std::string> listed;
+    for (const ListedEditState& edit : states.listedEdits)
+        (edit.state == kInSync || edit.state == kPending ? listed : told).insert(edit.path);
+    for (const std::string& path : known.EditedPaths()) {
+        if (told.contains(path)) continue;
+        const std::string state = StateOfEdit(host, known, path);
+        if (!listed.contains(path) || state == "changed") states.edits.push_back({path, state});
+    }
+}
+
 /// The states of the targets and of all edits at one time, with what is wrong with listed edits.
 TargetStates LookAtAll(Deployment& product, const std::vector<Target>& targets,
                        std::vector<Problem>& problems) {
@@ -88,8 +104,7 @@ TargetStates LookAtAll(Deployment& product, const std::vector<Target>& targets,
             result.leftOvers.push_back(
                 {path, FateOf(product, known, path), known.Find(path)->state.knowledge.templateName});
     }
-    for (const std::string& path : known.EditedPaths())
-        if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
+    AddEdits(product, known, result);
     return result;
 }
 

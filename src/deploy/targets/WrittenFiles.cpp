@@ -171,8 +171,17 @@ static bool MayBeEdited(const WrittenFile& file) {
     }
 }
 
+/// Blocks of which nobody knows who made them are left alone.
+static bool MayHoldBlocks(const WrittenFile& file) {
+    try {
+        return StateOf(file.path).IsRegular() && !BlockLinesOf(ReadFileBytes(file.path)).empty();
+    } catch (const Failure&) {
+        return true;
+    }
+}
+
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
-                                         const std::vector<WrittenFile>& written) {
+                                         const std::vector<WrittenFile>& written, bool withUntouched) {
     std::map<std::string, std::set<Role>> listed = RolesOfListedFiles(product);
     std::set<std::string> paths;
     for (const auto& [path, roles] : listed)
@@ -184,7 +193,9 @@ std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& 
     std::vector<WrittenFile> files;
     for (const std::string& path : paths) {
         std::optional<WrittenFile> file = WrittenByRecord(product, path);
-        if (!file || (known.Find(path) == nullptr && !MayBeEdited(*file))) continue;
+        if (!file) continue;
+        const bool isUntouched = known.Find(path) == nullptr && !MayBeEdited(*file);
+        if (isUntouched && (!withUntouched || MayHoldBlocks(*file))) continue;
         file->isEdit = true;
         file->isOfBoth = listed[path].contains(OtherRole(product.Role()));
         files.push_back(std::move(*file));

@@ -32,9 +32,10 @@ struct WrittenFiles {
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
 /// The files that either role edited in place, without those of `written`. Files of listed edits of which the
-/// history knows nothing are found by their reserves.
+/// history knows nothing are found by their reserves; `withUntouched` adds those that hold nothing of the
+/// product's.
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
-                                         const std::vector<WrittenFile>& written);
+                                         const std::vector<WrittenFile>& written, bool withUntouched = false);
 
 /// Those of `files` that `names` has, in the order of `names`. Throws a `UsageError` for a name that none of
 /// them has.
