@@ -10,8 +10,9 @@ setup_file() {
     set_up_package
     export OTHER=$BATS_FILE_TMPDIR/build
     echo "set(PROJECT_VERSION $RELEASE)" >"$BATS_FILE_TMPDIR/release.cmake"
-    # Without optimisation, which takes half of the time.
+    # Without tests and optimisation, each library at once: a sixth of the time.
     "$CMAKE" -S "$SOURCE_DIR" -B "$OTHER" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O0 \
+        -DZET_BUILD_TESTS=OFF -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 \
         -DCMAKE_INSTALL_LIBDIR="$LIBDIR" -DCMAKE_PROJECT_INCLUDE="$BATS_FILE_TMPDIR/release.cmake" >/dev/null
     "$CMAKE" --build "$OTHER" >/dev/null
     "$CMAKE" --install "$OTHER" --prefix "$PREFIX" >/dev/null
