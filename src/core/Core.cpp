@@ -5,7 +5,6 @@
 #include "Catalogues.h"
 #include "Message.h"
 #include "StatusWriter.h"
-#include "core/Catalogues.h"
 
 namespace ZET::Core {
 

@@ -14,10 +14,10 @@
 
 #include "Attributes.h"
 #include "Batch.h"
+#include "Characters.h"
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
-#include "core/Characters.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
 #include "posix/ReadWrite.h"

@@ -10,7 +10,7 @@
 #include <functional>
 #include <memory>
 
-#include "core/Catalogues.h"
+#include "Catalogues.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
 

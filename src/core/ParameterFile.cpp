@@ -6,9 +6,9 @@
 
 #include <cerrno>
 
+#include "Characters.h"
 #include "Message.h"
 #include "PathArgument.h"
-#include "core/Characters.h"
 #include "posix/Descriptor.h"
 #include "posix/Printable.h"
 #include "posix/ReadWrite.h"

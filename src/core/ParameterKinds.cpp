@@ -8,10 +8,10 @@
 #include <limits>
 #include <vector>
 
+#include "Characters.h"
 #include "Message.h"
 #include "ParameterTable.h"
 #include "RegEx.h"
-#include "core/Characters.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETHost.h"
