@@ -293,6 +293,18 @@ $HOST/etc/two.conf: unchanged"
     assert_equal "$(tail -n 1 etc/one.conf)" mine
 }
 
+@test "a newer mode arrives in a copy that a command edited since" {
+    zet -q param set --no-markers etc/one.conf added 1 2>/dev/null
+    zet -q param set --no-markers etc/one.conf added 2 2>/dev/null
+    chmod 600 templates/one.conf
+    run_zet template status one.conf
+    assert_status 3
+    assert_output "$HOST/etc/one.conf: edited, newer shipped"
+    run_zet template upgrade one.conf
+    assert_success "$HOST/etc/one.conf: changed, mode 0644 -> 0600, its edits are kept"
+    grep -qx added=2 etc/one.conf
+}
+
 @test "a mode that somebody gave a copy is no older one" {
     chmod 600 etc/one.conf etc/two.conf
     chmod 640 templates/two.conf

@@ -38,6 +38,16 @@ void Remember(Host& host, const std::string& workingCopy, CapturedFile copy, con
     }
 }
 
+/// The mode that the copy got as a template. An edit may have met one that somebody gave it.
+std::optional<mode_t> ModeGiven(Store& store, const KnownFile& copy) {
+    if (copy.kind == FileKind::Template) return copy.state.mode;
+    for (const RecordedFile& change : store.ChangesOf(copy.path)) {
+        if (change.kind == FileKind::Template) return change.after.mode;
+        if (change.kindBefore == FileKind::Template) return change.KnownBefore().mode;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped) {
@@ -70,8 +80,7 @@ CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
     if (!known) known = store->Known(host.HostPaths().NameOfReal(workingCopy));
     if (!known) return {};
     CopyMemory memory;
-    // Another command may have met a mode that somebody gave the copy.
-    if (known->kind == FileKind::Template) memory.mode = known->state.mode;
+    memory.mode = ModeGiven(*store, *known);
     if (known->state.knowledge.base) memory.base = store->Text(*known->state.knowledge.base);
     return memory;
 }
