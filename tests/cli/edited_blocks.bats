@@ -137,7 +137,7 @@ assert_stays() {
     run_zet commit-config
     assert_status 0
     [[ $stderr != *"stood there before"* ]]
-    ! grep -q a=7 out/plain
+    ! grep -q a=7 out/plain || return 1
 }
 
 @test "status tells that somebody changed a file elsewhere than in its listed lines" {

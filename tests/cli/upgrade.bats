@@ -156,6 +156,17 @@ $HOST/etc/two.conf: edited"
     assert_success ""
 }
 
+@test "diff tells another mode, with another text or alone" {
+    chmod 755 templates/one.conf
+    run_zet template diff one.conf
+    assert_success "$HOST/etc/one.conf: mode 0644 -> 0755"
+    run_zet template diff one.conf --json
+    [[ $output == *'"mode_before": "0644"'*'"mode_after": "0755"'* ]] || differ modes "" "$output"
+    ship one.conf $'newer\n'
+    run_zet template diff one.conf
+    [[ $output == "$HOST/etc/one.conf: mode 0644 -> 0755"$'\n'"--- a"* ]] || differ "mode and text" "" "$output"
+}
+
 @test "diff hides what is not for everybody" {
     printf 'secret = true\n' >>templates/targets.toml
     echo geheim >>etc/two.conf

@@ -1,5 +1,7 @@
 #include "deploy/targets/TemplateStates.h"
 
+#include <string>
+
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
@@ -95,8 +97,15 @@ int TellStates(Session& session, const NamedTemplates& asked) {
 void TellDifference(Session& session, const TemplateState& state) {
     Deployment& product = session.Product();
     const ShownDiff diff = DiffToShow(product, state.path, state.shipped, state.path);
+    const FileState copy = StateOf(state.path);
+    FileState shipped = copy;  // the working copy keeps its owner
+    shipped.mode = StateOf(state.shipped).mode;
+    if (const std::string change = DescribeChange(copy, shipped); !change.empty())
+        session.Out().Line(state.path + ": " + change);
     TellDiff(session.Out(), diff);
     Fields fields = FieldsOf(state);
+    fields.emplace_back("mode_before", ModeText(copy));
+    fields.emplace_back("mode_after", ModeText(shipped));
     fields.emplace_back("secret", diff.isPrivate);
     AddDiff(fields, diff);
     session.Out().Add("templates", std::move(fields));
