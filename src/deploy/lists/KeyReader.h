@@ -46,6 +46,9 @@ class KeyReader {
         if (equals == std::string::npos || !IsParameterName(name))
             return Problems().Add(entry.ValuePlace(), Words("when is \"%s\"", *text), remedy);
         m_entry.when = {name, text->substr(equals + 1)};
+        if (m_entry.when.value.find("${") != std::string::npos)
+            return Problems().Add(entry.ValuePlace(), Words("when is \"%s\"", *text),
+                                  _("write the value itself, as a placeholder is not replaced here"));
         if (!FlagOfParam(name, "")) return;
         // Any other value would count as the default, which nobody means here.
         if (const auto problem = ProblemOfParam(name, m_entry.when.value))

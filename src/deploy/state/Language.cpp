@@ -1,6 +1,5 @@
 #include "deploy/state/Language.h"
 
-#include <compare>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -8,6 +7,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -41,7 +41,9 @@ struct NamesOfLanguage {
     std::string letters;
     std::string messages;
 
-    auto operator<=>(const NamesOfLanguage&) const = default;
+    bool operator<(const NamesOfLanguage& other) const {
+        return std::tie(letters, messages) < std::tie(other.letters, other.messages);
+    }
 
     bool AreSet() const {
         return uselocale(locale_t()) == LC_GLOBAL_LOCALE && letters == setlocale(LC_CTYPE, nullptr) &&

@@ -71,19 +71,20 @@ TEST(OwnLists, NewKeysAreTaken) {
 }
 
 TEST(OwnLists, WrongValuesOfNewKeysAreProblems) {
-    for (const auto& [line, text] :
-         std::vector<std::pair<std::string, std::string>>{{"mode = 600", "mode is a number"},
-                                                          {"mode = \"4755\"", "mode is \"4755\""},
-                                                          {"mode = \"0888\"", "mode is \"0888\""},
-                                                          {"mode = \"\"", "mode is \"\""},
-                                                          {"owner = \"a:b:c\"", "owner is \"a:b:c\""},
-                                                          {"owner = \":a\"", "owner is \":a\""},
-                                                          {"owner = \"a:\"", "owner is \"a:\""},
-                                                          {"when = \"IDENTITY\"", "when is \"IDENTITY\""},
-                                                          {"when = \"1=2\"", "when is \"1=2\""},
-                                                          {"enabled = 0", "enabled is a number"},
-                                                          {"notice = \"no\"", "notice is a text"},
-                                                          {"reload = \"s\"", "reload is a text"}}) {
+    for (const auto& [line, text] : std::vector<std::pair<std::string, std::string>>{
+             {"mode = 600", "mode is a number"},
+             {"mode = \"4755\"", "mode is \"4755\""},
+             {"mode = \"0888\"", "mode is \"0888\""},
+             {"mode = \"\"", "mode is \"\""},
+             {"owner = \"a:b:c\"", "owner is \"a:b:c\""},
+             {"owner = \":a\"", "owner is \":a\""},
+             {"owner = \"a:\"", "owner is \"a:\""},
+             {"when = \"IDENTITY\"", "when is \"IDENTITY\""},
+             {"when = \"1=2\"", "when is \"1=2\""},
+             {"when = \"IDENTITY=${domain}\"", "a placeholder is not replaced here"},
+             {"enabled = 0", "enabled is a number"},
+             {"notice = \"no\"", "notice is a text"},
+             {"reload = \"s\"", "reload is a text"}}) {
         EXPECT_THAT(ProblemsOf(ListOf({Entry(line, "a")})),
                     ElementsAre(testing::AllOf(testing::StartsWith("L1:4:"), HasSubstr(text))))
             << line;
