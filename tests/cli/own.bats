@@ -298,6 +298,9 @@ choose() {
         run_zet commit-config
         assert_refusal 1 "$problem
 zet-client: nothing was changed"
+        run_zet status
+        assert_status 3
+        assert_stderr "zet-client: warning: $HOST/out/own.conf: was committed and is not in force any more (every commit is refused until what \"check-config\" says of the conditions is corrected)"
     done
     run_zet commit-config -n --set BACKUP=on
     assert_refusal 1 "--set: when asks whether BACKUP is yes or no, and its value is neither (write yes or no)

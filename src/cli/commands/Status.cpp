@@ -11,6 +11,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/state/RoleStatus.h"
+#include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/TargetStates.h"
 #include "text/Joined.h"
 #include "text/ShellWord.h"
@@ -96,8 +97,12 @@ void TellTarget(Session& session, const TargetState& target) {
     TellDiff(session.Out(), target.diff);
 }
 
+bool GoesBack(const LeftOver& leftOver) {
+    return leftOver.fate == LeftOver::Fate::GoesBack;
+}
+
 const char* WordOf(const LeftOver& leftOver) {
-    return leftOver.fate == LeftOver::Fate::GoesBack ? kLeftOver : kKept;
+    return GoesBack(leftOver) ? kLeftOver : kKept;
 }
 
 std::vector<std::string> StatesOf(const TargetStates& states) {
@@ -171,8 +176,13 @@ std::string WordsOf(const LeftOver& leftOver, const std::string& name) {
 
 void WarnOfLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
     const Paths& paths = session.Product().HostPaths();
+    const bool isCommitRefused = std::any_of(leftOvers.begin(), leftOvers.end(), GoesBack) &&
+                                 !CheckConditions(session.Product()).problems.empty();
     for (const LeftOver& leftOver : leftOvers) {
-        const std::string words = WordsOf(leftOver, paths.NameInside(leftOver.path));
+        const std::string words =
+            isCommitRefused && GoesBack(leftOver)
+                ? _("every commit is refused until what \"check-config\" says of the conditions is corrected")
+                : WordsOf(leftOver, paths.NameInside(leftOver.path));
         session.Out().Warning(leftOver.path + ": " +
                               Filled(_("was committed and is not in force any more (%s)"), {words}));
     }
