@@ -1,5 +1,6 @@
 #include "text/ShellWord.h"
 
+#include "posix/Printable.h"
 #include "text/ShownWords.h"
 
 namespace ZET::Text {
@@ -13,10 +14,19 @@ bool NeedsQuotes(std::string_view word) {
     return word.find_first_not_of(kPlain) != std::string_view::npos;
 }
 
+/// In the quotes in which a shell reads the escapes of what cannot be shown.
+std::string WithEscapes(std::string_view word) {
+    std::string escaped;
+    for (const char c : word)
+        escaped += (c == '\\' || c == '\'' ? "\\" : "") + std::string(1, c);
+    return "$'" + Printable(escaped) + "'";
+}
+
 }  // namespace
 
 std::string ShellWord(std::string_view word) {
     if (!NeedsQuotes(word)) return std::string(word);
+    if (Printable(word) != word) return WithEscapes(word);
     std::string quoted = "'";
     for (const char c : word)
         quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);

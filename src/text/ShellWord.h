@@ -6,7 +6,8 @@
 
 namespace ZET::Text {
 
-/// The word in a form that a shell reads as one word, quoted if necessary.
+/// The word in a form that a shell reads as one word, quoted if necessary. Control characters, and bytes that
+/// are no characters, become escapes, which most shells read ($'...').
 std::string ShellWord(std::string_view word);
 
 /// The same of a word that the history shows. One whose end it hides stays as it is: nobody calls it again.

@@ -22,6 +22,17 @@ TEST(ShellWord, WhatAShellWouldReadIsQuoted) {
     EXPECT_EQ(ShellWordOrHidden("x*"), "'x*'");
 }
 
+TEST(ShellWord, WhatCannotBeShownIsEscapedForAShell) {
+    EXPECT_EQ(ShellWord("a\nb"), "$'a\\nb'");
+    EXPECT_EQ(ShellWord("it's\t\\"), "$'it\\'s\\t\\\\'");
+    EXPECT_EQ(ShellWord("\x1b[1m"), "$'\\x1b[1m'");
+    EXPECT_EQ(ShellWord("\xff"
+                        "a"),
+              "$'\\xffa'");
+    EXPECT_EQ(ShellWord("\xe2\x80\xae."), "$'\\xe2\\x80\\xae.'");
+    EXPECT_EQ(ShellWord("\xc3\xa4"), "'\xc3\xa4'");
+}
+
 TEST(ShellWord, WhatIsHiddenIsShownAsItIs) {
     EXPECT_EQ(ShellWordOrHidden("***"), "***");
     EXPECT_EQ(ShellWordOrHidden("--value=realm=***"), "--value=realm=***");
