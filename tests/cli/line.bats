@@ -131,6 +131,8 @@ $(block new)"
     assert_refusal 1 'sudoers:3: ends with "\" and goes on in the next line, from which the edit would part it (edit the two by hand; --force parts them)'
     run_zet line set sudoers '^x' 'x=\'
     assert_refusal 2 'LINE ends with "\", and the line after it would be a part of it (--force sets it)'
+    run_zet line set -n --force sudoers '^x' 'x=\'
+    assert_stderr 'zet-client: warning: sudoers: LINE ends with "\", and the line after it becomes a part of it'
     assert_host_unchanged
     zet -q line set --no-markers --no-backup sudoers bert '    dora, \'
     zet -q line set --no-markers --no-backup sudoers carl '    emil'

@@ -229,6 +229,8 @@ zet-client: warning: other:2: $parts"
     run_zet param set --force --no-markers --no-backup other b '2 \'
     assert_success "other: changed"
     assert_file other $'run x \\\nb=2 \\\n c\n'
+    run_zet param set --force --no-backup -n other d '2 \'
+    assert_stderr 'zet-client: warning: other: VALUE ends with "\", and the line after it becomes a part of it'
 }
 
 @test "set without a backup leaves no reserve" {

@@ -72,10 +72,14 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
                    .remedy = _("--no-markers edits without notice and markers")});
 }
 
-void RequireWholeLine(const std::string& text, const std::string& what) {
-    if (Text::GoesOn(text))
+void JudgeWholeLine(Observer& observer, const std::string& path, const std::string& text,
+                    const std::string& what, bool isForced) {
+    if (!Text::GoesOn(text)) return;
+    if (!isForced)
         throw UsageError(Words(
             "%s ends with \"\\\", and the line after it would be a part of it (--force sets it)", what));
+    observer.Warning(
+        Words("%s: %s ends with \"\\\", and the line after it becomes a part of it", path, what));
 }
 
 std::string LineWithEnd(Observer& observer, const std::string& path, const Text::TextToEdit& text,

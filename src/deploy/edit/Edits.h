@@ -30,8 +30,10 @@ std::string FileToEdit(const Host& host, const std::string& file);
 /// Throws a `Failure` if the edit would put a notice before a first line that has to stay the first.
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);
 
-/// Throws a `UsageError` for a VALUE or LINE, named by `what`, that would go on in the line after it.
-void RequireWholeLine(const std::string& text, const std::string& what);
+/// Throws a `UsageError` for a VALUE or LINE, named by `what`, that would go on in the line after it. Warns
+/// of one that is forced.
+void JudgeWholeLine(Observer& observer, const std::string& path, const std::string& text,
+                    const std::string& what, bool isForced);
 
 /// The line with an end like those of the text. Warns if the text has mixed ends.
 std::string LineWithEnd(Observer& observer, const std::string& path, const Text::TextToEdit& text,

@@ -109,7 +109,8 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
         LookForLines(product.Core(), edit.Part().lines, edit.Part().linesBefore, given);
     if (!found.isAnySelected && found.same)
         return edit.LeaveUnchanged(Words("LINE stands in line %s already", std::to_string(*found.same)));
-    if (!options.force) RequireWholeLine(found, given, options.noMarkers);
+    if (!IsPartOfLine(found, options.noMarkers))
+        JudgeWholeLine(product.Out(), edit.Path(), line, "LINE", options.force);
     JudgeParting(product.Out(), edit.Path(), PartedLines(found, given, options.noMarkers), options.force);
     if (!options.section) TellSections(product.Out(), edit.Path(), found);
     if (!found.isAnySelected) TellLineNotFoundAgain(product.Out(), edit.Path(), product.Core(), given);

@@ -60,9 +60,8 @@ LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t 
     return found;
 }
 
-void RequireWholeLine(const LinesToReplace& found, const NewLine& line, bool noMarkers) {
-    const bool isPart = noMarkers && found.goesOn && !found.whole;
-    if (!isPart) RequireWholeLine(line.text, "LINE");
+bool IsPartOfLine(const LinesToReplace& found, bool noMarkers) {
+    return noMarkers && found.goesOn && !found.whole;
 }
 
 std::set<std::size_t> PartedLines(const LinesToReplace& found, const NewLine& line, bool noMarkers) {

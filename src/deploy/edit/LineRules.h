@@ -37,9 +37,9 @@ struct LinesToReplace {
 LinesToReplace LookForLines(IZETCore& core, std::string_view lines, std::size_t linesBefore,
                             const NewLine& line);
 
-/// Requires that the new line does not go on in the next one. Without markers, a line may take the place of
-/// another one in a longer line.
-void RequireWholeLine(const LinesToReplace& found, const NewLine& line, bool noMarkers);
+/// Whether the new line takes the place of a part of a longer line, and may go on in the next one: without
+/// markers, where all that it replaces do.
+bool IsPartOfLine(const LinesToReplace& found, bool noMarkers);
 
 /// The numbers of the first lines that the edit parts from the next one, in which they go on.
 std::set<std::size_t> PartedLines(const LinesToReplace& found, const NewLine& line, bool noMarkers);

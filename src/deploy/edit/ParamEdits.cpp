@@ -153,7 +153,9 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
     edit.RequireLiteral(ZETEditOpening);
     RequireSettable(edit.Found(), options.section.has_value());
-    if (!options.force) RequireWholeLine(value, "VALUE");
+    // What a line that goes on already is replaced by may go on, too.
+    const bool goesOn = options.noMarkers && !LinesPartedBySet(edit.Found(), true, false).empty();
+    if (!options.force || !goesOn) JudgeWholeLine(product.Out(), edit.Path(), value, "VALUE", options.force);
     JudgeParting(product.Out(), edit.Path(),
                  LinesPartedBySet(edit.Found(), options.noMarkers, Text::GoesOn(value)), options.force);
     TellLinesToSet(product.Out(), edit.Found(), _("\"line set\" with a PATTERN sets one"));
