@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "deploy/edit/Edits.h"
 #include "deploy/host/LineNumbers.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
