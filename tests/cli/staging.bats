@@ -248,3 +248,12 @@ open(sys.argv[3]).read()' "$XDG_RUNTIME_DIR/zet-staging.abcdef/lock" "$BASE/held
     assert_status 3
     assert_stderr ""
 }
+
+@test "nothing is staged before the lock, by which the next command knows that one was killed" {
+    zet -q template install one.conf
+    echo newer >>templates/one.conf
+    capture strace -f -qq -o "$BASE/killed" -P "$HOST/state/zet.lock" -e trace=openat -e inject=openat:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf template upgrade
+    assert_status 137
+    assert_equal "$(find "$TMPDIR" "$XDG_RUNTIME_DIR" -name 'zet-staging.*')" ""
+}

@@ -50,7 +50,7 @@ std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>&
 }  // namespace
 
 TemplateUpgrade::TemplateUpgrade(Deployment& product, const std::vector<std::string>& names)
-    : m_product(product), m_staging(product.StagingPlace()) {
+    : m_product(product) {
     std::vector<FilesToWrite> toWrite;
     for (TemplateFiles& files : Installed(product, names)) {
         Copy copy;
@@ -61,6 +61,7 @@ TemplateUpgrade::TemplateUpgrade(Deployment& product, const std::vector<std::str
     }
     m_writing =
         std::make_unique<Writing>(product, AllToWrite(product, toWrite), Writing::Right::OfTheProduct);
+    m_staging = std::make_unique<Staging>(product.StagingPlace());
     for (Copy& copy : m_copies) {
         product.RequireGoOn();
         Plan(copy);
@@ -90,7 +91,7 @@ void TemplateUpgrade::Plan(Copy& copy) {
     } else if (copy.texts.HasNewerText()) {
         copy.text = *copy.texts.shipped;
     }
-    copy.staged = m_staging.PathOf("upgraded/" + copy.files.name);
+    copy.staged = m_staging->PathOf("upgraded/" + copy.files.name);
     WriteStagedFile(copy.staged, copy.text, copy.mode);
 }
 

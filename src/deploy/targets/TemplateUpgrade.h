@@ -57,7 +57,7 @@ class TemplateUpgrade {
     Deployment& m_product;
     std::vector<Copy> m_copies;
     std::unique_ptr<Writing> m_writing;
-    Staging m_staging;
+    std::unique_ptr<Staging> m_staging;  ///< made under the lock, which tells of a run that was killed
     std::vector<Problem> m_problems;
 };
 
