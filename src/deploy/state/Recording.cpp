@@ -12,7 +12,6 @@
 #include "deploy/state/EntryToOpen.h"
 #include "deploy/state/History.h"
 #include "deploy/state/LostText.h"
-#include "deploy/state/Writes.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -41,7 +40,6 @@ Recording::Recording(Host& host, Use use, bool isLocked, Purpose purpose)
 }
 
 void Recording::OpenStore() {
-    ForgetWrites();
     OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
 }
 
@@ -268,7 +266,7 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
 Settlement Recording::Settled(Ending ending) const {
     Settlement settlement;
     const auto settle = [&](const Row& row) {
-        const Written written = MayHaveWritten(row.path) ? Written::Maybe : Written::No;
+        const Written written = m_writes.MayHold(row.path) ? Written::Maybe : Written::No;
         SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, written,
                    settlement);
     };

@@ -11,6 +11,7 @@
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/Host.h"
 #include "deploy/state/Settling.h"
+#include "deploy/state/Writes.h"
 #include "deploy/state/store/Store.h"
 
 namespace ZET::Deploy {
@@ -116,6 +117,7 @@ class Recording {
     const StoreLimits m_limits;
     Store* m_store = nullptr;
     std::deque<Row> m_rows;
+    Writes m_writes;
     bool m_isPrivate = false;  ///< the words of the command may hold what others must not read
     std::optional<std::int64_t> m_open;
     std::optional<std::int64_t> m_number;

@@ -1,28 +1,29 @@
 #include "deploy/state/Writes.h"
 
-#include <unordered_set>
-
 namespace ZET::Deploy {
 
 namespace {
 
-std::unordered_set<std::string>& WrittenByThisThread() {
-    static thread_local std::unordered_set<std::string> written;
-    return written;
-}
+/// Not the object itself: the C library ends the program if a thread's own object has to be destroyed later
+/// and there is no memory to remember that.
+thread_local Writes* newest = nullptr;
 
 }  // namespace
 
+Writes::Writes() : m_outer(newest) {
+    newest = this;
+}
+
+Writes::~Writes() {
+    Writes** place = &newest;
+    while (*place != nullptr && *place != this)
+        place = &(*place)->m_outer;
+    if (*place == this) *place = m_outer;
+}
+
 void IsAboutToWrite(const std::string& path) {
-    WrittenByThisThread().insert(path);
-}
-
-bool MayHaveWritten(const std::string& path) {
-    return WrittenByThisThread().contains(path);
-}
-
-void ForgetWrites() {
-    WrittenByThisThread().clear();
+    for (Writes* writes = newest; writes != nullptr; writes = writes->m_outer)
+        writes->m_paths.insert(path);
 }
 
 }  // namespace ZET::Deploy

@@ -2,6 +2,7 @@
 #define ZET_WRITES_H
 
 #include <string>
+#include <unordered_set>
 
 namespace ZET::Deploy {
 
@@ -9,9 +10,22 @@ namespace ZET::Deploy {
 /// the place of the command's own work.
 void IsAboutToWrite(const std::string& path);
 
-/// Whether this thread may have written the file since `ForgetWrites`.
-bool MayHaveWritten(const std::string& path);
-void ForgetWrites();
+/// The files that this thread came to write since the object was made.
+class Writes {
+  public:
+    Writes();
+    ~Writes();
+    Writes(const Writes&) = delete;
+    Writes& operator=(const Writes&) = delete;
+
+    bool MayHold(const std::string& path) const { return m_paths.contains(path); }
+
+  private:
+    friend void IsAboutToWrite(const std::string& path);
+
+    std::unordered_set<std::string> m_paths;
+    Writes* m_outer;
+};
 
 }  // namespace ZET::Deploy
 

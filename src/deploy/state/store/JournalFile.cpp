@@ -28,7 +28,7 @@ bool IsJournalKept(std::string_view journal) {
 /// SQLite's own way but for the journal. SQLite knows it until the library is unloaded.
 class JournalWay {
   public:
-    JournalWay() : m_own(*TheSqlite().way(nullptr)) {
+    JournalWay() : m_own(Usual()) {
         m_own.pNext = nullptr;
         m_own.zName = "zet-kept-journal";
         m_own.xOpen = &Open;
@@ -41,6 +41,12 @@ class JournalWay {
     const char* Name() const { return m_own.zName; }
 
   private:
+    static const sqlite3_vfs& Usual() {
+        const sqlite3_vfs* const usual = TheSqlite().way(nullptr);
+        if (usual == nullptr) throw std::bad_alloc();  // the library could not be started
+        return *usual;
+    }
+
     static int Open(sqlite3_vfs* /*self*/, const char* name, sqlite3_file* file, int flags, int* outFlags) {
         try {
             if ((flags & SQLITE_OPEN_WAL) != 0 && IsJournalKept(name)) flags &= ~SQLITE_OPEN_CREATE;
